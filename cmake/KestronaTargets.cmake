@@ -1,0 +1,44 @@
+# Functions that give every target of ours the same language level, include
+# root and warnings. Warnings are errors in our code; third-party headers come
+# in as system headers and are exempt.
+
+set(KESTRONA_WARNINGS
+  -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Wcast-align
+  -Wimplicit-fallthrough -Werror)
+
+function(kestrona_apply_defaults target)
+  target_compile_features(${target} PUBLIC cxx_std_20)
+  target_compile_options(${target} PRIVATE ${KESTRONA_WARNINGS})
+endfunction()
+
+# kestrona_add_library(<name> SOURCES <files...> [DEPS <targets...>] [PRIVATE_DEPS <targets...>])
+# A static library whose headers are included from the project root, as in
+# #include "Platform/Time/Date.h".
+function(kestrona_add_library name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;DEPS;PRIVATE_DEPS" ${ARGN})
+  add_library(${name} STATIC ${ARG_SOURCES})
+  target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR})
+  target_link_libraries(${name} PUBLIC ${ARG_DEPS} PRIVATE ${ARG_PRIVATE_DEPS})
+  kestrona_apply_defaults(${name})
+endfunction()
+
+# kestrona_add_test(<name> SOURCES <files...> [DEPS <targets...>])
+# A GoogleTest executable, registered with CTest test by test. Tests run with
+# KESTRONA_TEST_DATA_DIR pointing at tests/data.
+function(kestrona_add_test name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;DEPS" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE ${ARG_DEPS} kestrona_test_main GTest::gtest GTest::gmock)
+  kestrona_apply_defaults(${name})
+  gtest_discover_tests(${name}
+    DISCOVERY_MODE PRE_TEST
+    PROPERTIES ENVIRONMENT "KESTRONA_TEST_DATA_DIR=${PROJECT_SOURCE_DIR}/tests/data")
+endfunction()
+
+# kestrona_add_benchmark(<name> SOURCES <files...> [DEPS <targets...>])
+function(kestrona_add_benchmark name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;DEPS" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE ${ARG_DEPS} benchmark::benchmark benchmark::benchmark_main)
+  kestrona_apply_defaults(${name})
+endfunction()
