@@ -1,0 +1,39 @@
+// A colour as four plain numbers, for JSON.
+//
+// CodableColor is coded as an object with the four required keys "red",
+// "green", "blue" and "alpha", each a 64-bit number. Decoding an object that
+// lacks one of them, or holds something other than a number under it,
+// throws the JSON library's own error (nlohmann::json::exception).
+//
+// CodableColor(color) reads the components of color as they are, with no
+// conversion of colour space, so color should already be an RGB colour in
+// the space the reader expects; color() makes a device RGB colour. A plain
+// value, thread-safe to copy and read.
+#pragma once
+
+#include <nlohmann/json_fwd.hpp>
+
+#include "Platform/Color/Color.h"
+
+namespace kestrona {
+
+struct CodableColor {
+  double red = 0;
+  double green = 0;
+  double blue = 0;
+  double alpha = 0;
+
+  CodableColor() = default;
+  CodableColor(double redValue, double greenValue, double blueValue, double alphaValue)
+      : red(redValue), green(greenValue), blue(blueValue), alpha(alphaValue) {}
+  explicit CodableColor(const Color& color);
+
+  Color color() const;
+
+  friend bool operator==(const CodableColor&, const CodableColor&) = default;
+};
+
+void to_json(nlohmann::json& json, const CodableColor& color);
+void from_json(const nlohmann::json& json, CodableColor& color);
+
+}  // namespace kestrona
