@@ -99,6 +99,9 @@ class URLComponents {
   std::string path_;
   std::optional<std::string> query_;
   std::optional<std::string> fragment_;
+  // User info as written ("user:password"); kept so that a URL taken apart
+  // and put together again is unchanged. Not offered for editing.
+  std::optional<std::string> userInfo_;
 };
 
 // Percent-encodes every byte of text that is not in the query-value set given
