@@ -92,6 +92,11 @@ class Logger {
   void log(Level level, std::string_view message, const Metadata& metadata = {}, std::string_view source = {},
            std::source_location location = std::source_location::current()) const;
 
+  // The same with the caller's place given explicitly, for layers that
+  // forward their own caller's place. file is a file identifier.
+  void log(Level level, std::string_view message, const Metadata& metadata, std::string_view source,
+           std::string_view file, std::string_view function, std::uint32_t line) const;
+
   void trace(std::string_view message, const Metadata& metadata = {},
              std::source_location location = std::source_location::current()) const {
     log(Level::trace, message, metadata, {}, location);

@@ -18,7 +18,7 @@
 // destruction) guarantees its action is never called afterwards, provided the
 // cancel happens on the loop's thread; from another thread, an action already
 // about to run may still run once. A one-shot timer is spent after it fires.
-// The action may cancel its own timer, but must not destroy it.
+// The action may cancel or destroy its own timer.
 //
 // Threading: make, cancel and destroy timers on the loop's thread (or before
 // the loop runs). The loop must outlive its timers.
@@ -62,8 +62,10 @@ class RunLoopTimer {
   // 60 - (seconds since 1970 modulo 60) + 0.1, so above 0.1 and at most 60.1.
   static double delayToNextFullMinute(Date now) noexcept;
 
- private:
+ // Internal; public so that the handlers in the source file can name it.
   struct State;
+
+ private:
   explicit RunLoopTimer(std::shared_ptr<State> state);
 
   std::shared_ptr<State> state_;

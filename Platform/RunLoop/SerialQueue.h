@@ -74,7 +74,7 @@ class SerialQueue {
   // Whether the caller runs on this queue's thread.
   bool isCurrent() const noexcept;
 
-  // Idempotent; a later call with cancel still cancels what is left.
+  // Idempotent: a call while another is under way waits for it to finish.
   void shutdown(Shutdown mode = Shutdown::drain);
 
   // The underlying Asio context, for Async.h: its executor runs on the queue.
