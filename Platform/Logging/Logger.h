@@ -17,6 +17,7 @@
 // each thread its own copy. Handlers are thread-safe.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -26,6 +27,8 @@
 #include <string_view>
 #include <variant>
 #include <vector>
+
+#include "Platform/Foundation/RawRepresentable.h"
 
 namespace kestrona {
 
@@ -129,5 +132,21 @@ class Logger {
 
 // The case name: "trace", ..., "critical".
 std::string_view toString(Logger::Level level) noexcept;
+
+// The integer of a level, by which levels compare.
+template <>
+struct RawRepresentable<Logger::Level> {
+  using RawValue = std::uint8_t;
+  static constexpr RawValue rawValue(Logger::Level level) { return static_cast<RawValue>(level); }
+  static constexpr std::optional<Logger::Level> fromRawValue(RawValue raw) {
+    if (raw > static_cast<RawValue>(Logger::Level::critical)) return std::nullopt;
+    return static_cast<Logger::Level>(raw);
+  }
+};
+
+template <>
+inline constexpr std::array<Logger::Level, 7> allCases<Logger::Level> = {
+    Logger::Level::trace,   Logger::Level::debug, Logger::Level::info,    Logger::Level::notice,
+    Logger::Level::warning, Logger::Level::error, Logger::Level::critical};
 
 }  // namespace kestrona

@@ -8,9 +8,13 @@
 //   thread, as from any posted function; it is never swallowed.
 // - spawn(loop, work(args...), completion): the same, and then calls
 //   completion on the main thread with the exception (or null) and the value.
+//
+// Continuation<T> needs a value type; for a coroutine without a result use
+// std::monostate.
 // - co_await on(queue, work(args...)): runs the coroutine on the serial queue
 //   and resumes the awaiting coroutine on its own executor (the main loop, for
 //   coroutines started there), with work's value or its exception.
+//   co_await on(loop, work(args...)) does the same towards the main loop.
 // - co_await withContinuation<T>(start): suspends the caller, calls start with
 //   a Continuation, and resumes the caller on its own executor when the
 //   Continuation is resumed, from any thread. It bridges completion-handler
@@ -49,23 +53,24 @@ inline void spawn(MainLoop& loop, asio::awaitable<void> work) {
   });
 }
 
-template <typename T>
-void spawn(MainLoop& loop, asio::awaitable<T> work, std::function<void(std::exception_ptr, T)> completion) {
-  asio::co_spawn(loop.context(), std::move(work),
-                 [completion = std::move(completion)](std::exception_ptr error, T value) {
-                   completion(error, std::move(value));
-                 });
-}
-
-inline void spawn(MainLoop& loop, asio::awaitable<void> work, std::function<void(std::exception_ptr)> completion) {
-  asio::co_spawn(loop.context(), std::move(work), [completion = std::move(completion)](std::exception_ptr error) {
-    completion(error);
-  });
+// completion is called on the main thread as completion(error, value), or
+// completion(error) for a coroutine without a value; error is null on success
+// (and value then holds the result), else value is default-constructed.
+template <typename T, typename Completion>
+void spawn(MainLoop& loop, asio::awaitable<T> work, Completion completion) {
+  asio::co_spawn(loop.context(), std::move(work), std::move(completion));
 }
 
 template <typename T>
 asio::awaitable<T> on(SerialQueue& queue, asio::awaitable<T> work) {
   return asio::co_spawn(queue.context(), std::move(work), asio::use_awaitable);
+}
+
+// Runs the coroutine on the main loop, for work that belongs to the main
+// actor, and resumes the awaiting coroutine on its own executor.
+template <typename T>
+asio::awaitable<T> on(MainLoop& loop, asio::awaitable<T> work) {
+  return asio::co_spawn(loop.context(), std::move(work), asio::use_awaitable);
 }
 
 // The resuming end of withContinuation(). Resume it exactly once: a second

@@ -115,12 +115,13 @@ TEST_F(StreamLineFormat, TimestampIsUnknownWhenLocalTimeCannotBeHad) {
 }
 
 TEST_F(StreamLineFormat, EveryLevelPrintsItsCaseName) {
-  const std::pair<Level, const char*> cases[] = {
-      {Level::trace, "trace"}, {Level::debug, "debug"},     {Level::info, "info"},          {Level::notice, "notice"},
-      {Level::warning, "warning"}, {Level::error, "error"}, {Level::critical, "critical"}};
-  for (auto [level, name] : cases) {
-    EXPECT_EQ(lineFor("L", level, "m", {}, "s"), std::string("2023-11-14T22:13:20+0000 ") + name + " L: [s] m\n");
+  const char* names[] = {"trace", "debug", "info", "notice", "warning", "error", "critical"};
+  for (Level level : allCases<Level>) {
+    std::string name = names[rawValue(level)];
+    EXPECT_EQ(lineFor("L", level, "m", {}, "s"), "2023-11-14T22:13:20+0000 " + name + " L: [s] m\n");
   }
+  EXPECT_EQ(fromRawValue<Level>(4), Level::warning);
+  EXPECT_EQ(fromRawValue<Level>(7), std::nullopt);
 }
 
 TEST_F(StreamLineFormat, SourceDefaultsToTheCallersTopFolder) {

@@ -75,7 +75,7 @@ TEST(Coroutines, SpawnDeliversTheResultOrLetsTheExceptionLeaveRun) {
   MainLoop loop;
   std::string result;
   std::thread::id completedOn;
-  spawn<std::string>(loop, greet("loop"), [&](std::exception_ptr error, std::string value) {
+  spawn(loop, greet("loop"), [&](std::exception_ptr error, std::string value) {
     EXPECT_EQ(error, nullptr);
     result = value;
     completedOn = std::this_thread::get_id();
@@ -127,6 +127,29 @@ TEST(Coroutines, ContinuationsResumeTheAwaiterOnItsOwnThread) {
     loop.run();
     EXPECT_EQ(outcome, expected) << "mode " << mode;
   }
+}
+
+asio::awaitable<bool> checkMainThread(MainLoop* loop) { co_return loop->isMainThread(); }
+
+asio::awaitable<int> hopBackToMain(MainLoop* loop, SerialQueue* queue, int value) {
+  bool onQueue = queue->isCurrent();
+  bool onMain = co_await on(*loop, checkMainThread(loop));
+  // Resumed on the queue again after the hop.
+  co_return onQueue && onMain && queue->isCurrent() ? value : -1;
+}
+
+asio::awaitable<void> nestedHops(MainLoop* loop, SerialQueue* queue, int* result) {
+  *result = co_await on(*queue, hopBackToMain(loop, queue, 77));
+  loop->stop();
+}
+
+TEST(Coroutines, WorkOnAQueueCanHopToTheMainLoopAndBack) {
+  MainLoop loop;
+  SerialQueue queue("write");
+  int result = 0;
+  spawn(loop, nestedHops(&loop, &queue, &result));
+  loop.run();
+  EXPECT_EQ(result, 77);
 }
 
 using ContinuationDeathTest = ::testing::Test;
