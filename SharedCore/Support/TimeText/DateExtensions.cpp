@@ -1,0 +1,99 @@
+#include "SharedCore/Support/TimeText/DateExtensions.h"
+
+#include <cmath>
+#include <cstdio>
+
+#include "Platform/Foundation/FatalError.h"
+#include "Platform/Time/DateFormatter.h"
+#include "SharedCore/Support/TimeText/LocaleExtensions.h"
+
+namespace kestrona {
+namespace {
+
+using Component = Calendar::Component;
+
+Date startOfWeek(Date date, const Calendar& calendar) {
+  DateComponents week = calendar.dateComponents({Component::yearForWeekOfYear, Component::weekOfYear}, date);
+  return calendar.dateFromComponents(week).value_or(date);
+}
+
+// The first instant of the month (or, without month, the year) of date,
+// both in the user's calendar.
+Date startOfMonthOrYear(Date date, bool month) {
+  Calendar current = Calendar::current();
+  DateComponents components = current.dateComponents({Component::year, Component::month}, date);
+  DateComponents start;
+  start.year = components.year;
+  start.month = month ? components.month : 1;
+  start.day = 1;
+  start.hour = 0;
+  start.minute = 0;
+  start.second = 0;
+  return current.dateFromComponents(start).value_or(date);
+}
+
+}  // namespace
+
+std::string toSecondsString(Date date) {
+  char text[16];
+  std::snprintf(text, sizeof text, "%02d", Calendar::current().component(Component::second, date));
+  return text;
+}
+
+Date flooredToSeconds(Date date) { return Date(std::floor(date.timeIntervalSince1970())); }
+
+std::string localizedShortTimeString(Date date) {
+  DateFormatter formatter;
+  formatter.setLocale(preferredLocale());
+  formatter.setDateStyle(DateFormatter::Style::noStyle);
+  formatter.setTimeStyle(DateFormatter::Style::shortStyle);
+  return formatter.string(date);
+}
+
+Date roundedTo(Date date, int minutes) {
+  precondition(minutes != 0, "roundedTo: a grid of 0 minutes");
+  const double step = minutes * 60.0;
+  return Date(step * std::round(date.timeIntervalSince1970() / step));
+}
+
+int numberOfDaysSince(Date date, Date other, const Calendar& calendar) {
+  DateComponents difference =
+      calendar.dateComponents({Component::day}, calendar.startOfDay(other), calendar.startOfDay(date));
+  return difference.day.value_or(0);
+}
+
+Date dateFor(Date date, DateForType type, const Calendar& calendar) {
+  switch (type) {
+    case DateForType::startOfDay:
+      return calendar.startOfDay(date);
+    case DateForType::endOfDay:
+      return calendar.dateByAdding(Component::day, 1, calendar.startOfDay(date)).value_or(date);
+    case DateForType::startOfWeek:
+      return startOfWeek(date, calendar);
+    case DateForType::endOfWeek:
+      return calendar.dateByAdding(Component::day, 7, startOfWeek(date, calendar)).value_or(date);
+    case DateForType::startOfMonth:
+      return startOfMonthOrYear(date, true);
+    case DateForType::endOfMonth:
+      return calendar.dateByAdding(Component::month, 1, startOfMonthOrYear(date, true)).value_or(date);
+    case DateForType::startOfYear:
+      return startOfMonthOrYear(date, false);
+    case DateForType::endOfYear:
+      return calendar.dateByAdding(Component::year, 1, startOfMonthOrYear(date, false)).value_or(date);
+  }
+  return date;
+}
+
+bool compare(Date date, const DateCompareType& type, const Calendar& calendar) {
+  return std::visit([&](const IsSameDay& sameDay) { return calendar.isDateInSameDayAs(date, sameDay.as); }, type);
+}
+
+std::string toString(Date date, DateStringFormat format, DateStringTimeZone, const Locale& locale) {
+  DateFormatter formatter;
+  formatter.setDateFormat(std::string(rawValue(format)));
+  formatter.setTimeZone(TimeZone::current());
+  formatter.setLocale(locale);
+  return formatter.string(date);
+}
+
+}  // namespace kestrona
