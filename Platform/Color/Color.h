@@ -92,10 +92,6 @@ class Color {
   // dynamic; none when it has no conversion (see above).
   std::optional<Color> usingColorSpace(ColorSpace space) const;
 
-  // The same colour with another alpha. A dynamic colour stays dynamic and
-  // keeps its name; the alpha applies to whatever it resolves to.
-  Color withAlphaComponent(double alpha) const;
-
   friend bool operator==(const Color& lhs, const Color& rhs);
 
  private:
