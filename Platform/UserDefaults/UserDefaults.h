@@ -96,8 +96,8 @@ class UserDefaults {
   // An integer; a number is truncated towards 0 (0 when out of range); a
   // boolean is 0 or 1; a text that is a whole decimal number is read.
   std::int64_t integerForKey(std::string_view key) const;
-  // A number; an integer or boolean converts; a text that is a whole
-  // decimal number is read.
+  // A number; an integer or boolean converts; a text that is a decimal
+  // number is read.
   double doubleForKey(std::string_view key) const;
   // Texts only.
   std::optional<std::string> stringForKey(std::string_view key) const;
@@ -121,9 +121,10 @@ class UserDefaults {
  private:
   UserDefaults(std::string domain, std::filesystem::path directory);
 
-  void loadLocked();
-  std::optional<PropertyValue::Dictionary> readFileLocked();
+  // The values in the file; empty when it is missing, damaged or unreadable.
+  PropertyValue::Dictionary readFileLocked();
   bool writeFileLocked(const PropertyValue::Dictionary& values);
+  const PropertyValue* findLocked(std::string_view key) const;
 
   const std::string domain_;
   const std::filesystem::path directory_;
@@ -131,6 +132,9 @@ class UserDefaults {
   PropertyValue::Dictionary values_;
   // Keys set or removed since the last successful synchronize().
   std::set<std::string, std::less<>> changedKeys_;
+  // The file exists but could neither be read nor kept aside, so writing
+  // would destroy what it holds.
+  bool fileMustNotBeReplaced_ = false;
 };
 
 }  // namespace kestrona

@@ -1,0 +1,339 @@
+#include "Platform/UserDefaults/UserDefaults.h"
+
+#include <gtest/gtest.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "Platform/Logging/LogHandler.h"
+#include "Platform/Logging/LoggingSystem.h"
+#include "tests/support/TemporaryDirectory.h"
+
+extern char** environ;
+
+namespace kestrona {
+namespace {
+
+using testing::ScopedEnvironment;
+using testing::TemporaryDirectory;
+using testing::readFile;
+using testing::writeFile;
+
+// Keeps every error the user defaults log, so that tests can see a damaged
+// file being reported.
+class RecordingHandler final : public LogHandler {
+ public:
+  struct Entry {
+    std::string message;
+    Logger::Metadata metadata;
+  };
+
+  void log(const LogRecord& record) noexcept override {
+    std::lock_guard lock(mutex_);
+    if (record.label == "UserDefaults") entries_.push_back({std::string(record.message), record.metadata});
+  }
+
+  std::vector<Entry> take() {
+    std::lock_guard lock(mutex_);
+    return std::exchange(entries_, {});
+  }
+
+ private:
+  std::mutex mutex_;
+  std::vector<Entry> entries_;
+};
+
+RecordingHandler& recordingHandler() {
+  static auto* handler = new RecordingHandler;
+  return *handler;
+}
+
+class RecordingLogEnvironment final : public ::testing::Environment {
+ public:
+  void SetUp() override {
+    LoggingSystem::bootstrap([](const std::string&) {
+      return std::shared_ptr<LogHandler>(&recordingHandler(), [](LogHandler*) {});
+    });
+  }
+};
+
+[[maybe_unused]] auto* const kLogEnvironment = ::testing::AddGlobalTestEnvironment(new RecordingLogEnvironment);
+
+class UserDefaultsTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    environment_.set("XDG_CONFIG_HOME", home_.path().string());
+    recordingHandler().take();
+  }
+
+  std::filesystem::path directory() const { return home_.path() / "kestrona"; }
+  std::shared_ptr<UserDefaults> fresh(const std::string& domain = "tests") const {
+    return UserDefaults::make(domain, directory());
+  }
+
+  TemporaryDirectory home_;
+  ScopedEnvironment environment_;
+};
+
+TEST_F(UserDefaultsTest, MissingKeysReadAsTheTypesDefaults) {
+  const auto defaults = fresh();
+  EXPECT_FALSE(defaults->objectForKey("missing").has_value());
+  EXPECT_FALSE(defaults->boolForKey("missing"));
+  EXPECT_EQ(defaults->integerForKey("missing"), 0);
+  EXPECT_EQ(defaults->doubleForKey("missing"), 0.0);
+  EXPECT_FALSE(defaults->stringForKey("missing").has_value());
+  EXPECT_FALSE(defaults->dataForKey("missing").has_value());
+  EXPECT_FALSE(defaults->dateForKey("missing").has_value());
+  EXPECT_FALSE(defaults->arrayForKey("missing").has_value());
+  EXPECT_FALSE(defaults->dictionaryForKey("missing").has_value());
+  EXPECT_FALSE(defaults->stringArrayForKey("missing").has_value());
+
+  // A value of another type reads as the default of the asked type.
+  defaults->set(PropertyValue::Array{"a"}, "list");
+  EXPECT_EQ(defaults->integerForKey("list"), 0);
+  EXPECT_FALSE(defaults->stringForKey("list").has_value());
+  EXPECT_FALSE(defaults->dataForKey("list").has_value());
+}
+
+TEST_F(UserDefaultsTest, ScalarReadsConvertBetweenNumbersBooleansAndTexts) {
+  const auto defaults = fresh();
+  defaults->set(3.9, "positive");
+  defaults->set(-3.9, "negative");
+  defaults->set(1e30, "huge");
+  defaults->set("42", "text");
+  defaults->set("+7", "signed");
+  defaults->set("4x", "junk");
+  defaults->set("YES", "yes");
+  defaults->set("2.5", "fraction");
+  defaults->set(true, "flag");
+  EXPECT_EQ(defaults->integerForKey("positive"), 3);
+  EXPECT_EQ(defaults->integerForKey("negative"), -3);
+  EXPECT_EQ(defaults->integerForKey("huge"), 0);
+  EXPECT_EQ(defaults->integerForKey("text"), 42);
+  EXPECT_EQ(defaults->integerForKey("signed"), 7);
+  EXPECT_EQ(defaults->integerForKey("junk"), 0);
+  EXPECT_EQ(defaults->integerForKey("flag"), 1);
+  EXPECT_EQ(defaults->integerForKey("fraction"), 0);
+  EXPECT_TRUE(defaults->boolForKey("yes"));
+  EXPECT_TRUE(defaults->boolForKey("text"));
+  EXPECT_FALSE(defaults->boolForKey("junk"));
+  EXPECT_TRUE(defaults->boolForKey("negative"));
+  EXPECT_EQ(defaults->doubleForKey("fraction"), 2.5);
+  EXPECT_EQ(defaults->doubleForKey("text"), 42.0);
+  EXPECT_EQ(defaults->doubleForKey("flag"), 1.0);
+
+  defaults->set(PropertyValue::Array{"a", "b"}, "strings");
+  defaults->set(PropertyValue::Array{"a", 1}, "mixed");
+  EXPECT_EQ(defaults->stringArrayForKey("strings"), (std::vector<std::string>{"a", "b"}));
+  EXPECT_FALSE(defaults->stringArrayForKey("mixed").has_value());
+}
+
+TEST_F(UserDefaultsTest, SynchronizedValuesReadBackWithTheirTypes) {
+  const PropertyValue::Dictionary values{
+      {"bool", false},
+      {"integer", 1},
+      {"double", 1.0},
+      {"string", "Ünïcödé \"quoted\"\n"},
+      {"data", PropertyValue::Data{0, 1, 254, 255}},
+      {"date", Date(1700000000.5)},
+      {"nested", PropertyValue::Dictionary{{"list", PropertyValue::Array{1, "two", Date(3)}}}},
+  };
+  {
+    const auto writer = fresh();
+    for (const auto& [key, value] : values) writer->set(value, key);
+    writer->set("gone", "removed");
+    writer->removeObject("removed");
+    ASSERT_TRUE(writer->synchronize());
+  }
+  EXPECT_EQ(fresh()->dictionaryRepresentation(), values);
+  EXPECT_EQ(*fresh()->dateForKey("date"), Date(1700000000.5));
+}
+
+TEST_F(UserDefaultsTest, UnsynchronizedChangesAreWrittenWhenTheInstanceEnds) {
+  fresh()->set(5, "count");
+  EXPECT_EQ(fresh()->integerForKey("count"), 5);
+}
+
+TEST_F(UserDefaultsTest, SynchronizeKeepsOtherInstancesChangesToOtherKeys) {
+  const auto first = fresh();
+  const auto second = fresh();
+  first->set(1, "first");
+  first->set("old", "shared");
+  ASSERT_TRUE(first->synchronize());
+  second->set(2, "second");
+  second->set("new", "shared");
+  ASSERT_TRUE(second->synchronize());
+  EXPECT_EQ(second->integerForKey("first"), 1);
+
+  first->removeObject("second");
+  ASSERT_TRUE(first->synchronize());
+  EXPECT_EQ(first->stringForKey("shared"), "new");
+
+  const auto reader = fresh();
+  EXPECT_EQ(reader->integerForKey("first"), 1);
+  EXPECT_FALSE(reader->objectForKey("second").has_value());
+  EXPECT_EQ(reader->stringForKey("shared"), "new");
+}
+
+TEST_F(UserDefaultsTest, AFailedWriteKeepsTheChangesForTheNextSynchronize) {
+  // A plain file where the directory should be makes every write fail.
+  writeFile(directory(), "in the way");
+  const auto defaults = fresh();
+  defaults->set(7, "kept");
+  EXPECT_FALSE(defaults->synchronize());
+  EXPECT_EQ(defaults->integerForKey("kept"), 7);
+  EXPECT_FALSE(recordingHandler().take().empty());
+
+  std::filesystem::remove(directory());
+  EXPECT_TRUE(defaults->synchronize());
+  EXPECT_EQ(fresh()->integerForKey("kept"), 7);
+  // Only the domain's file is left: no temporary files.
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(directory()), {}), 1);
+}
+
+TEST_F(UserDefaultsTest, ConcurrentWritersLoseNothing) {
+  const auto defaults = fresh();
+  std::vector<std::thread> threads;
+  for (int thread = 0; thread < 4; ++thread) {
+    threads.emplace_back([&defaults, thread] {
+      for (int index = 0; index < 50; ++index) {
+        const std::string key = std::to_string(thread) + "." + std::to_string(index);
+        defaults->set(index, key);
+        EXPECT_EQ(defaults->integerForKey(key), index);
+        if (index % 10 == 0) defaults->synchronize();
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  ASSERT_TRUE(defaults->synchronize());
+  EXPECT_EQ(fresh()->dictionaryRepresentation().size(), 200u);
+}
+
+class DamagedUserDefaultsTest : public UserDefaultsTest {
+ protected:
+  std::filesystem::path file() const { return directory() / "tests.json"; }
+  std::filesystem::path kept(int number) const {
+    return directory() / ("tests.damaged-" + std::to_string(number) + ".json");
+  }
+};
+
+TEST_F(DamagedUserDefaultsTest, DamagedFilesAreKeptAsideAndReadAsEmpty) {
+  const char* damaged[] = {
+      "{not json",
+      "",
+      "[]",
+      R"({"values": {"a": 1}})",
+      R"({"version": "1", "values": {"a": 1}})",
+      R"({"version": 2, "values": {"a": 1}})",
+      R"({"version": 1})",
+      R"({"version": 1, "values": {"a": null}})",
+      R"({"version": 1, "values": {"a": {"data": "%%%%"}}})",
+  };
+  int number = 0;
+  for (const char* text : damaged) {
+    ++number;
+    writeFile(file(), text);
+    const auto defaults = fresh();
+    EXPECT_TRUE(defaults->dictionaryRepresentation().empty()) << text;
+    EXPECT_FALSE(std::filesystem::exists(file())) << text;
+    EXPECT_EQ(readFile(kept(number)), text);
+
+    const std::vector<RecordingHandler::Entry> logged = recordingHandler().take();
+    ASSERT_EQ(logged.size(), 1u) << text;
+    const auto keptAs = logged[0].metadata.find("keptAs");
+    ASSERT_NE(keptAs, logged[0].metadata.end());
+    EXPECT_EQ(*keptAs->second.string(), kept(number).string());
+  }
+  // Every earlier copy is still as it was.
+  EXPECT_EQ(readFile(kept(1)), "{not json");
+}
+
+TEST_F(DamagedUserDefaultsTest, WritingAfterDamageLeavesTheKeptCopyAlone) {
+  writeFile(file(), "{\"version\": 1, \"values\": {\"a\": tru");
+  const auto defaults = fresh();
+  defaults->set(true, "a");
+  ASSERT_TRUE(defaults->synchronize());
+  EXPECT_TRUE(fresh()->boolForKey("a"));
+  EXPECT_EQ(readFile(kept(1)), "{\"version\": 1, \"values\": {\"a\": tru");
+}
+
+TEST_F(DamagedUserDefaultsTest, DamageFoundAtSynchronizeIsKeptAsideToo) {
+  const auto defaults = fresh();
+  defaults->set(1, "mine");
+  writeFile(file(), "garbage");
+  ASSERT_TRUE(defaults->synchronize());
+  EXPECT_EQ(readFile(kept(1)), "garbage");
+  EXPECT_EQ(fresh()->integerForKey("mine"), 1);
+}
+
+TEST_F(UserDefaultsTest, SharedInstancesFollowDomainAndDirectory) {
+  const auto first = UserDefaults::forDomain("shared");
+  ASSERT_NE(first, nullptr);
+  EXPECT_EQ(UserDefaults::forDomain("shared"), first);
+  EXPECT_NE(UserDefaults::forDomain("other"), first);
+  EXPECT_EQ(first->fileURL(), directory() / "shared.json");
+
+  TemporaryDirectory elsewhere;
+  ScopedEnvironment moved;
+  moved.set("XDG_CONFIG_HOME", elsewhere.path().string());
+  EXPECT_NE(UserDefaults::forDomain("shared"), first);
+  moved.set("XDG_CONFIG_HOME", "relative/ignored");
+  moved.set("HOME", elsewhere.path().string());
+  EXPECT_EQ(UserDefaults::defaultDirectory(), elsewhere.path() / ".config" / "kestrona");
+
+  for (const char* bad : {"", ".", "..", "a/b"}) EXPECT_EQ(UserDefaults::forDomain(bad), nullptr) << bad;
+  EXPECT_EQ(UserDefaults::make(std::string_view("a\0b", 3), directory()), nullptr);
+}
+
+TEST_F(UserDefaultsTest, TheStandardDomainIsTheExecutableUnlessNamed) {
+  EXPECT_EQ(UserDefaults::standardDomain(), "platform_userdefaults_tests");
+  UserDefaults::setStandardDomain("app.kestrona.tests");
+  EXPECT_EQ(UserDefaults::standard()->fileURL(), directory() / "app.kestrona.tests.json");
+  UserDefaults::setStandardDomain("");
+  EXPECT_EQ(UserDefaults::standard()->domain(), "platform_userdefaults_tests");
+}
+
+// Runs this executable again with only the named test, in the current
+// environment plus the child marker, and gives its exit status.
+int runChildTest(const std::string& testName) {
+  const std::string executable = std::filesystem::read_symlink("/proc/self/exe").string();
+  const std::string filter = "--gtest_filter=" + testName;
+  char* const arguments[] = {const_cast<char*>(executable.c_str()), const_cast<char*>(filter.c_str()), nullptr};
+  ScopedEnvironment marker;
+  marker.set("KESTRONA_USERDEFAULTS_CHILD", "1");
+  pid_t child = 0;
+  if (posix_spawn(&child, executable.c_str(), nullptr, nullptr, arguments, environ) != 0) return -1;
+  int status = 0;
+  if (waitpid(child, &status, 0) != child || !WIFEXITED(status)) return -1;
+  return WEXITSTATUS(status);
+}
+
+TEST_F(UserDefaultsTest, ValuesSurviveARestartOfTheProcess) {
+  const auto defaults = UserDefaults::forDomain("restart");
+  defaults->set(18, "counter");
+  defaults->set(PropertyValue::Array{"store-a", "store-b"}, "stores");
+  ASSERT_TRUE(defaults->synchronize());
+  EXPECT_EQ(runChildTest("UserDefaultsChildProcess.ReadsWhatTheParentWrote"), 0);
+  // And what the child wrote is here after synchronize().
+  ASSERT_TRUE(defaults->synchronize());
+  EXPECT_EQ(defaults->stringForKey("child"), "was here");
+}
+
+TEST(UserDefaultsChildProcess, ReadsWhatTheParentWrote) {
+  if (std::getenv("KESTRONA_USERDEFAULTS_CHILD") == nullptr) GTEST_SKIP() << "runs as a child process only";
+  const auto defaults = UserDefaults::forDomain("restart");
+  EXPECT_EQ(defaults->integerForKey("counter"), 18);
+  EXPECT_EQ(defaults->stringArrayForKey("stores"), (std::vector<std::string>{"store-a", "store-b"}));
+  defaults->set("was here", "child");
+  EXPECT_TRUE(defaults->synchronize());
+}
+
+}  // namespace
+}  // namespace kestrona
