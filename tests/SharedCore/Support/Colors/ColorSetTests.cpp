@@ -1,0 +1,171 @@
+#include "SharedCore/Support/Colors/ColorSet.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <limits>
+#include <set>
+
+#include "SharedCore/Support/Colors/CodableColor.h"
+#include "SharedCore/Support/Colors/ColorConversion.h"
+#include "SharedCore/Support/Colors/ColorHexParsing.h"
+#include "SharedCore/Support/Colors/NamedColors.h"
+
+namespace kestrona {
+namespace {
+
+using ID = ColorSet::ID;
+
+Color displayP3(std::string_view hexString) {
+  const RGBAComponents c = displayP3HexToRGBA(hexString);
+  return Color::displayP3(c.red, c.green, c.blue, c.alpha);
+}
+
+TEST(ColorSetIDTest, RawValuesOutsideThePaletteGiveNoID) {
+  EXPECT_EQ(fromRawValue<ID>(-3), std::nullopt);
+  EXPECT_EQ(fromRawValue<ID>(18), std::nullopt);
+  EXPECT_EQ(fromRawValue<ID>(17), ID::lightIndigo);
+  EXPECT_EQ(fromRawValue<ID>(-2), ID::white);
+  EXPECT_EQ(fromRawValue<ID>(10), ID::brown);
+  std::set<std::int16_t> raws;
+  for (ID id : allCases<ID>) {
+    EXPECT_EQ(fromRawValue<ID>(rawValue(id)), id);
+    raws.insert(rawValue(id));
+  }
+  EXPECT_EQ(raws.size(), 20u);
+}
+
+TEST(ColorSetTest, ColorsAreNamedAndResolvedFromTheirHexStrings) {
+  for (ID id : allCases<ID>) {
+    const ColorSet set(id);
+    SCOPED_TRACE(rawValue(id));
+    EXPECT_EQ(set.id(), id);
+    EXPECT_EQ(set.baseColor().name(),
+              std::string(set.displayP3HexString(false)) + std::string(set.displayP3HexString(true)));
+    EXPECT_EQ(set.baseColor().resolved(Appearance::light()), displayP3(set.displayP3HexString(false)));
+    EXPECT_EQ(set.baseColor().resolved(Appearance::dark()), displayP3(set.displayP3HexString(true)));
+    EXPECT_EQ(set.backgroundColorOptimizedForLightContent().resolved(Appearance::light()),
+              displayP3(set.displayP3HexBackgroundColorOptimizedForLightContent(false)));
+    EXPECT_EQ(set.backgroundColorOptimizedForLightContent().resolved(Appearance::dark()),
+              displayP3(set.displayP3HexBackgroundColorOptimizedForLightContent(true)));
+  }
+}
+
+TEST(ColorSetTest, PaletteRowsGiveTheirLightAndDarkValues) {
+  const ColorSet red(ID::red);
+  EXPECT_EQ(red.displayP3HexString(false), "#EB1753");
+  EXPECT_EQ(red.displayP3HexString(true), "#FF0048");
+  EXPECT_EQ(red.baseColor().resolved(Appearance::dark()), Color::displayP3(1, 0, 72 / 255.0, 1));
+
+  const ColorSet orange(ID::orange);
+  EXPECT_EQ(orange.baseColor().name(), "#FF9500#FF9500");
+  EXPECT_EQ(orange.baseColor().resolved(Appearance::light()), orange.baseColor().resolved(Appearance::dark()));
+
+  const ColorSet lightIndigo(ID::lightIndigo);
+  EXPECT_EQ(lightIndigo.backgroundColorOptimizedForLightContent().name(), "#6778E4#6778E4");
+  EXPECT_EQ(ColorSet(ID::gray).baseColor().name(), "#BBBBBB#6B6B6B");
+}
+
+TEST(ColorSetTest, DefaultAndWhiteAreMadeOnceFromTheirRows) {
+  EXPECT_EQ(&ColorSet::defaultSet(), &ColorSet::defaultSet());
+  EXPECT_EQ(ColorSet::defaultSet().id(), ID::gray);
+  EXPECT_EQ(ColorSet::defaultSet(), ColorSet(ID::gray));
+  EXPECT_EQ(ColorSet::defaultSet().backgroundColorOptimizedForLightContent().name(), "#BABABA#6B6B6B");
+
+  EXPECT_EQ(ColorSet::white().id(), ID::white);
+  EXPECT_EQ(ColorSet::white().baseColor().name(), "#FFFFFF#FFFFFF");
+  EXPECT_EQ(ColorSet::white().backgroundColorOptimizedForLightContent(),
+            ColorSet::defaultSet().backgroundColorOptimizedForLightContent());
+}
+
+TEST(ColorSetTest, OpacitiesAreComputedInSinglePrecision) {
+  const ColorSet red(ID::red);
+  EXPECT_EQ(red.startPauseButtonBackgroundOpacity(false), 0.14f * 1.65f);
+  EXPECT_EQ(red.startPauseButtonBackgroundOpacity(true), 0.14f * 0.66f * 1.8f);
+  EXPECT_EQ(red.sidebarTimerRunningBackgroundOpacity(false), 0.14f);
+  EXPECT_EQ(red.sidebarTimerRunningBackgroundOpacity(true), 0.14f * 0.66f);
+
+  const ColorSet violett(ID::violett);
+  EXPECT_EQ(violett.runningSessionListRowBackgroundOpacity(true), 0.18f * 0.66f * 0.85f);
+  EXPECT_EQ(violett.dashboardTimerRunningBackgroundOpacity(false), 0.18f * 0.6f);
+  EXPECT_EQ(violett.runningTaskRowOpacity(true), 0.18f * 0.66f * 0.625f);
+
+  EXPECT_EQ(ColorSet(ID::cyan).runningStartPauseButtonBackgroundOpacity(false), 0.3f);
+  EXPECT_EQ(ColorSet(ID::lightIndigo).runningStartPauseButtonBackgroundOpacity(false), 0.21f);
+  EXPECT_EQ(ColorSet(ID::cyan).runningStartPauseButtonBackgroundOpacity(true), 0.15f);
+}
+
+TEST(ColorSetTest, OnlyThreeSetsHaveAnOpaqueWhiteSidebarAndOnlyWhenLight) {
+  for (ID id : allCases<ID>) {
+    const ColorSet set(id);
+    EXPECT_EQ(set.sidebarTimerOpaqueWhiteBackgroundOpacity(true), 0.0);
+    const double light = set.sidebarTimerOpaqueWhiteBackgroundOpacity(false);
+    switch (id) {
+      case ID::green2: EXPECT_EQ(light, 0.85); break;
+      case ID::lightBlue: EXPECT_EQ(light, 0.75); break;
+      case ID::yellow: EXPECT_EQ(light, 0.7); break;
+      default: EXPECT_EQ(light, 0.0) << rawValue(id);
+    }
+  }
+}
+
+TEST(ToRGBAComponentsTest, ConvertsThePaletteToDeviceRGBUnclamped) {
+  ScopedAppearance dark(Appearance::dark());
+  const RGBAComponents red = toRGBAComponents(ColorSet(ID::red).baseColor());
+  EXPECT_EQ(red, convertDisplayP3ToDeviceRGB({1, 0, 72 / 255.0, 1}));
+  EXPECT_GT(red.red, 1.0);
+  EXPECT_LT(red.green, 0.0);
+
+  const RGBAComponents white = toRGBAComponents(ColorSet::white().baseColor());
+  EXPECT_NEAR(white.red, 1, 1e-12);
+  EXPECT_NEAR(white.green, 1, 1e-12);
+  EXPECT_NEAR(white.blue, 1, 1e-12);
+  EXPECT_EQ(white.alpha, 1);
+}
+
+TEST(ToRGBAComponentsDeathTest, AnUnconvertibleColorEndsTheProcess) {
+  const Color broken = Color::displayP3(std::numeric_limits<double>::quiet_NaN(), 0, 0, 1);
+  EXPECT_DEATH(toRGBAComponents(broken), "Fatal error: Could not convert color to RGBA\\.");
+}
+
+TEST(NamedColorsTest, EachHasALightAndADarkValueAndConverts) {
+  const Color* colors[] = {&NamedColors::systemBackground(), &NamedColors::secondarySystemBackground(),
+                           &NamedColors::tertiarySystemBackground(), &NamedColors::label(),
+                           &NamedColors::secondaryLabel(), &NamedColors::separator()};
+  std::set<std::string> names;
+  for (const Color* color : colors) {
+    names.insert(color->name());
+    EXPECT_NE(color->resolved(Appearance::light()), color->resolved(Appearance::dark())) << color->name();
+  }
+  EXPECT_EQ(names.size(), 6u);
+  EXPECT_EQ(NamedColors::label().name(), "label");
+  // Text is dark on light backgrounds and light on dark ones.
+  EXPECT_LT(NamedColors::label().resolved(Appearance::light()).components().red, 0.5);
+  EXPECT_GT(NamedColors::label().resolved(Appearance::dark()).components().red, 0.5);
+  EXPECT_GT(NamedColors::systemBackground().resolved(Appearance::light()).components().red, 0.5);
+  EXPECT_LT(NamedColors::systemBackground().resolved(Appearance::dark()).components().red, 0.5);
+}
+
+TEST(CodableColorTest, CodesUnderItsFourKeysAndRequiresEachAsANumber) {
+  const CodableColor color(0.25, 0.5, 1.5, -0.125);
+  const nlohmann::json json = color;
+  EXPECT_EQ(json, (nlohmann::json{{"red", 0.25}, {"green", 0.5}, {"blue", 1.5}, {"alpha", -0.125}}));
+  EXPECT_EQ(json.get<CodableColor>(), color);
+  EXPECT_EQ(nlohmann::json::parse(R"({"red":1,"green":0,"blue":0,"alpha":1})").get<CodableColor>(),
+            CodableColor(1, 0, 0, 1));
+
+  EXPECT_THROW(nlohmann::json::parse(R"({"red":1,"green":0,"blue":0})").get<CodableColor>(), nlohmann::json::exception);
+  EXPECT_THROW(nlohmann::json::parse(R"({"red":true,"green":0,"blue":0,"alpha":1})").get<CodableColor>(),
+               nlohmann::json::exception);
+  EXPECT_THROW(nlohmann::json::parse(R"({"red":"1","green":0,"blue":0,"alpha":1})").get<CodableColor>(),
+               nlohmann::json::exception);
+}
+
+TEST(CodableColorTest, ReadsComponentsWithoutConversion) {
+  const CodableColor fromP3(Color::displayP3(1, 0, 0, 0.5));
+  EXPECT_EQ(fromP3, CodableColor(1, 0, 0, 0.5));
+  EXPECT_EQ(fromP3.color(), Color::rgb(1, 0, 0, 0.5));
+}
+
+}  // namespace
+}  // namespace kestrona
