@@ -15,6 +15,7 @@
 //   and resumes the awaiting coroutine on its own executor (the main loop, for
 //   coroutines started there), with work's value or its exception.
 //   co_await on(loop, work(args...)) does the same towards the main loop.
+// - executor(loop), executor(queue): for calling Asio directly.
 // - co_await withContinuation<T>(start): suspends the caller, calls start with
 //   a Continuation, and resumes the caller on its own executor when the
 //   Continuation is resumed, from any thread. It bridges completion-handler
@@ -46,6 +47,11 @@
 #include "Platform/RunLoop/SerialQueue.h"
 
 namespace kestrona {
+
+// The executors that run on the loop's thread and on the queue's thread, for
+// Asio calls made directly: co_spawn(executor(queue), work(x), use_awaitable).
+inline asio::io_context::executor_type executor(MainLoop& loop) { return loop.context().get_executor(); }
+inline asio::io_context::executor_type executor(SerialQueue& queue) { return queue.context().get_executor(); }
 
 inline void spawn(MainLoop& loop, asio::awaitable<void> work) {
   asio::co_spawn(loop.context(), std::move(work), [](std::exception_ptr error) {

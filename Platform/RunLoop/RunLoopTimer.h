@@ -11,13 +11,13 @@
 //
 // The minute-aligned timer fires first at delayToNextFullMinute(now) from
 // now, that is 0.1 s after the next full minute, then every 60 seconds from
-// that first firing. Its first delay is read from the system clock; the
-// schedule after it from the steady clock, as a repeating timer's is.
+// that first firing. Its first delay is reckoned from Date::now() (the
+// process's current clock); the schedule after it runs on the steady clock,
+// as a repeating timer's does.
 //
 // A timer is owned by whoever made it. Cancelling it (cancel() or
-// destruction) guarantees its action is never called afterwards, provided the
-// cancel happens on the loop's thread; from another thread, an action already
-// about to run may still run once. A one-shot timer is spent after it fires.
+// destruction) guarantees its action is never called afterwards, even when
+// its firing was already due. A one-shot timer is spent after it fires.
 // The action may cancel or destroy its own timer.
 //
 // Threading: make, cancel and destroy timers on the loop's thread (or before

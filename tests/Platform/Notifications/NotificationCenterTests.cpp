@@ -164,9 +164,5 @@ TEST(NotificationCenter, TokensMayOutliveTheirCentre) {
   token.remove();
 }
 
-TEST(NotificationCenter, TheDefaultCentreIsOnePerProcess) {
-  EXPECT_EQ(&NotificationCenter::defaultCenter(), &NotificationCenter::defaultCenter());
-}
-
 }  // namespace
 }  // namespace kestrona

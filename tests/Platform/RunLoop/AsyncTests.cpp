@@ -28,7 +28,7 @@ asio::awaitable<int> failOnQueue(std::string message) {
 }
 
 asio::awaitable<void> useQueue(MainLoop* loop, SerialQueue* queue, Places* places, int* result) {
-  *result = co_await on(*queue, squareOnQueue(12, queue, places));
+  *result = co_await asio::co_spawn(executor(*queue), squareOnQueue(12, queue, places), asio::use_awaitable);
   places->resumed = std::this_thread::get_id();
   EXPECT_TRUE(loop->isMainThread());
   loop->stop();

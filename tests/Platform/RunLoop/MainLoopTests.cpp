@@ -118,9 +118,5 @@ TEST(MainLoop, StopLeavesQueuedWorkForTheNextRun) {
   EXPECT_EQ(count, 2);
 }
 
-TEST(MainLoop, TheProcessLoopIsOneObject) {
-  EXPECT_EQ(&MainLoop::main(), &MainLoop::main());
-}
-
 }  // namespace
 }  // namespace kestrona
