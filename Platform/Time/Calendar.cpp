@@ -78,6 +78,8 @@ std::optional<int>& slot(DateComponents& components, Component component) {
   return components.era;
 }
 
+bool isFinite(Date date) { return std::isfinite(date.timeIntervalSince1970()); }
+
 // Nanoseconds past the whole second, cut down, as the date's double holds them.
 int nanosecondOf(Date date) {
   double seconds = date.timeIntervalSince1970();
@@ -122,6 +124,7 @@ std::optional<UCalendarDateFields> addedFieldOf(Component component) {
 }
 
 std::optional<Date> addLocked(icu::Calendar& calendar, Component component, int value, Date date) {
+  if (!isFinite(date)) return std::nullopt;
   if (component == Component::nanosecond) return date.addingTimeInterval(value / 1e9);
   auto field = addedFieldOf(component);
   if (!field) return std::nullopt;
@@ -209,6 +212,7 @@ void Calendar::setMinimumDaysInFirstWeek(int days) {
 }
 
 int Calendar::component(Component component, Date date) const {
+  if (!isFinite(date)) return 0;
   std::lock_guard lock(impl_->mutex);
   UErrorCode status = U_ZERO_ERROR;
   impl_->calendar->setTime(icubridge::millis(date), status);
@@ -216,6 +220,7 @@ int Calendar::component(Component component, Date date) const {
 }
 
 DateComponents Calendar::dateComponents(const std::set<Component>& components, Date date) const {
+  if (!isFinite(date)) return {};
   std::lock_guard lock(impl_->mutex);
   UErrorCode status = U_ZERO_ERROR;
   impl_->calendar->setTime(icubridge::millis(date), status);
@@ -230,6 +235,7 @@ DateComponents Calendar::dateComponents(const std::set<Component>& components, D
   static constexpr Component kOrder[] = {Component::era,         Component::year,   Component::month,
                                          Component::weekOfYear,  Component::day,    Component::hour,
                                          Component::minute,      Component::second};
+  if (!isFinite(from) || !isFinite(to)) return {};
   std::lock_guard lock(impl_->mutex);
   icu::Calendar& calendar = *impl_->calendar;
   UErrorCode status = U_ZERO_ERROR;
@@ -314,6 +320,7 @@ std::optional<Date> Calendar::dateByAdding(const DateComponents& components, Dat
 }
 
 Date Calendar::startOfDay(Date date) const {
+  if (!isFinite(date)) return date;
   std::lock_guard lock(impl_->mutex);
   icu::Calendar& calendar = *impl_->calendar;
   UErrorCode status = U_ZERO_ERROR;
@@ -326,6 +333,7 @@ Date Calendar::startOfDay(Date date) const {
 }
 
 std::optional<DateInterval> Calendar::dateIntervalOf(Component component, Date date) const {
+  if (!isFinite(date)) return std::nullopt;
   std::lock_guard lock(impl_->mutex);
   icu::Calendar& calendar = *impl_->calendar;
   UErrorCode status = U_ZERO_ERROR;
@@ -367,6 +375,7 @@ std::optional<DateInterval> Calendar::dateIntervalOf(Component component, Date d
 }
 
 bool Calendar::isDateInSameDayAs(Date date, Date other) const {
+  if (!isFinite(date) || !isFinite(other)) return false;
   std::lock_guard lock(impl_->mutex);
   icu::Calendar& calendar = *impl_->calendar;
   auto day = [&](Date instant) {

@@ -16,6 +16,10 @@
 // that straddles a year end belongs to the year that holds at least
 // minimumDaysInFirstWeek of its days; yearForWeekOfYear tells which.
 //
+// A date that is not finite lies on no day: it has no components (0 or
+// absent), nothing can be added to it, its start of day is itself, and it
+// is on the same day as nothing.
+//
 // Calendar is a value: copies are cheap (they share one ICU calendar until
 // one of them is changed) and every const member may be called from any
 // thread. A setter changes only the copy it is called on, and must not run

@@ -4,6 +4,8 @@
 #include <unicode/dtptngen.h>
 #include <unicode/smpdtfmt.h>
 
+#include <cmath>
+
 #include "Platform/Time/IcuBridge.h"
 
 namespace kestrona {
@@ -109,6 +111,7 @@ std::shared_ptr<DateFormatter::Engine> DateFormatter::engine() const {
 }
 
 std::string DateFormatter::string(Date date) const {
+  if (!std::isfinite(date.timeIntervalSince1970())) return {};
   auto current = engine();
   if (!current->format) return {};
   std::lock_guard lock(current->mutex);

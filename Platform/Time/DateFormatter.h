@@ -11,7 +11,8 @@
 // that is not lenient (the default) also rejects fields out of range: with
 // "HH:mm" it reads "1:30" and "01:30" and rejects "24:00", "25:00", "1:75"
 // and "1:5". A lenient one lets fields roll over. Fields the format lacks
-// take their values from 1970-01-01 00:00:00 in the formatter's zone.
+// take their values from 1970-01-01 00:00:00 in the formatter's zone. A
+// date that is not finite is written as the empty text.
 //
 // A new formatter uses TimeZone::current() and Locale::current() as they
 // are when it is made. Dates are written in the locale's own calendar, which

@@ -1,5 +1,5 @@
-// Internal to the Platform time and text areas: the conversions between our
-// value types and ICU's. Only source files include this header, so that no
+// Internal to the Platform time area: the conversions between our value
+// types and ICU's. Only source files include this header, so that no
 // ICU header reaches the public headers, which many files include.
 #pragma once
 

@@ -63,6 +63,7 @@ int numberOfDaysSince(Date date, Date other, const Calendar& calendar) {
 }
 
 Date dateFor(Date date, DateForType type, const Calendar& calendar) {
+  if (!std::isfinite(date.timeIntervalSince1970())) return date;
   switch (type) {
     case DateForType::startOfDay:
       return calendar.startOfDay(date);

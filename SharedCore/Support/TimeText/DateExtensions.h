@@ -8,7 +8,7 @@
 // years are taken in Calendar::current(), the user's calendar, whatever
 // calendar is given, and only the end adds its month or year in the given
 // one: reports rely on exactly this. When a calendar cannot give a date,
-// the date itself is the answer.
+// as for a date that is not finite, the date itself is the answer.
 //
 // Rounding. roundedTo() rounds to a grid of whole minutes counted from the
 // Unix epoch, not from the local midnight, with halves away from zero.

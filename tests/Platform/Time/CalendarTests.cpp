@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+#include <thread>
+
 #include "Platform/Time/Clock.h"
 #include "tests/Platform/Time/TestDates.h"
 #include "tests/support/TemporaryDirectory.h"
@@ -282,6 +285,43 @@ TEST(CalendarCurrent, ChangingZoneOrLocaleOfACopyLeavesTheOriginal) {
   EXPECT_EQ(original.startOfDay(utc(2026, 3, 29, 10)), utc(2026, 3, 28, 23));
   EXPECT_EQ(moved.startOfDay(utc(2026, 3, 29, 10)), utc(2026, 3, 29, 4));
   EXPECT_EQ(moved.firstWeekday(), 1);
+}
+
+TEST(CalendarComponents, DatesThatAreNotFiniteLieOnNoDay) {
+  Calendar berlin = calendar("Europe/Berlin", "de_DE");
+  const Date nan(std::numeric_limits<double>::quiet_NaN());
+  const Date infinity(std::numeric_limits<double>::infinity());
+  EXPECT_EQ(berlin.component(Component::year, infinity), 0);
+  EXPECT_EQ(berlin.dateComponents({Component::day}, nan), DateComponents{});
+  EXPECT_EQ(berlin.dateComponents({Component::day}, Date(0), infinity), DateComponents{});
+  EXPECT_EQ(berlin.dateByAdding(Component::day, 1, infinity), std::nullopt);
+  EXPECT_EQ(berlin.startOfDay(infinity), infinity);
+  EXPECT_EQ(berlin.dateIntervalOf(Component::day, nan), std::nullopt);
+  EXPECT_FALSE(berlin.isDateInSameDayAs(nan, nan));
+}
+
+TEST(CalendarThreads, OneCalendarAndItsCopiesServeManyThreads) {
+  Calendar shared = calendar("Europe/Berlin", "de_DE");
+  std::vector<std::thread> threads;
+  std::vector<int> wrong(4, 0);
+  for (std::size_t t = 0; t < 4; ++t) {
+    threads.emplace_back([&, t] {
+      // Half the threads use the shared calendar, half a copy that changes.
+      Calendar own = shared;
+      for (int i = 0; i < 300; ++i) {
+        const Calendar& cal = t % 2 == 0 ? shared : own;
+        if (t % 2 == 1) own.setFirstWeekday(i % 2 == 0 ? 1 : 2);
+        Date day = utc(2026, 3, 29, 10).addingTimeInterval(i * kDay);
+        Date start = cal.startOfDay(day);
+        if (cal.component(Component::hour, start) != 0 || cal.dateByAdding(Component::day, 1, start) <= day) {
+          ++wrong[t];
+        }
+      }
+    });
+  }
+  for (auto& thread : threads) thread.join();
+  EXPECT_EQ(wrong, std::vector<int>(4, 0));
+  EXPECT_EQ(shared.firstWeekday(), 2);
 }
 
 }  // namespace

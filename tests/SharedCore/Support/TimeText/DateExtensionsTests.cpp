@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 #include "SharedCore/Support/TimeText/DateIntervalExtensions.h"
 #include "SharedCore/Support/TimeText/LocaleExtensions.h"
 #include "tests/Platform/Time/TestDates.h"
@@ -96,6 +98,16 @@ TEST_F(DateExtensions, MonthAndYearStartsComeFromTheUsersCalendar) {
   EXPECT_EQ(dateFor(date, DateForType::endOfMonth, berlin), utc(2026, 3, 1, 5));
   EXPECT_EQ(dateFor(date, DateForType::startOfYear, berlin), utc(2026, 1, 1, 5));
   EXPECT_EQ(dateFor(date, DateForType::startOfDay, berlin), utc(2026, 2, 28, 23));
+}
+
+TEST_F(DateExtensions, PeriodsOfADateThatIsNotFiniteAreTheDateItself) {
+  Calendar berlin = calendar("Europe/Berlin", "de_DE");
+  const Date infinity(std::numeric_limits<double>::infinity());
+  for (DateForType type : {DateForType::startOfDay, DateForType::endOfWeek, DateForType::startOfMonth,
+                           DateForType::endOfYear}) {
+    EXPECT_EQ(dateFor(infinity, type, berlin), infinity);
+  }
+  EXPECT_EQ(toString(infinity, DateStringFormat::isoDate, DateStringTimeZone::local, Locale::current()), "");
 }
 
 TEST_F(DateExtensions, RoundingToMinutesOnTheEpochGrid) {
