@@ -27,9 +27,11 @@ namespace kestrona {
 
 namespace {
 
+// Never destroyed: shared instances write their last changes while the
+// process ends, after other statics may be gone.
 const Logger& logger() {
-  static const Logger instance("UserDefaults");
-  return instance;
+  static const Logger* const instance = new Logger("UserDefaults");
+  return *instance;
 }
 
 void logError(std::string_view message, Logger::Metadata metadata) {

@@ -273,6 +273,18 @@ TEST_F(DamagedUserDefaultsTest, DamageFoundAtSynchronizeIsKeptAsideToo) {
   EXPECT_EQ(fresh()->integerForKey("mine"), 1);
 }
 
+TEST_F(DamagedUserDefaultsTest, AFileThatCannotBeReadIsNeverReplaced) {
+  // A directory where the file should be cannot be read, even by root.
+  writeFile(file() / "precious", "kept");
+  const auto defaults = fresh();
+  EXPECT_TRUE(defaults->dictionaryRepresentation().empty());
+  defaults->set(1, "a");
+  EXPECT_FALSE(defaults->synchronize());
+  EXPECT_EQ(readFile(file() / "precious"), "kept");
+  EXPECT_FALSE(std::filesystem::exists(kept(1)));
+  EXPECT_GE(recordingHandler().take().size(), 2u);
+}
+
 TEST_F(UserDefaultsTest, SharedInstancesFollowDomainAndDirectory) {
   const auto first = UserDefaults::forDomain("shared");
   ASSERT_NE(first, nullptr);
