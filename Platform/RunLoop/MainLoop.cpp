@@ -42,6 +42,14 @@ void MainLoop::restart() { state_->context.restart(); }
 
 void MainLoop::post(std::function<void()> work) { asio::post(state_->context, std::move(work)); }
 
+void MainLoop::dispatch(std::function<void()> work) {
+  if (isMainThread()) {
+    work();
+  } else {
+    post(std::move(work));
+  }
+}
+
 bool MainLoop::isMainThread() const noexcept { return state_->thread.load() == std::this_thread::get_id(); }
 
 asio::io_context& MainLoop::context() noexcept { return state_->context; }

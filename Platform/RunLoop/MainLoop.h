@@ -24,7 +24,7 @@
 // This header does not include Asio. Coroutines on the loop are started with
 // the helpers of Platform/RunLoop/Async.h; timers are in RunLoopTimer.h.
 //
-// Threading: post(), stop(), isMainThread() and performAndWait() from any
+// Threading: post(), dispatch(), stop(), isMainThread() and performAndWait() from any
 // thread; run(), poll() and restart() from one thread at a time. The loop must
 // outlive everything posted to it; destroying it destroys work not yet run.
 #pragma once
@@ -69,6 +69,9 @@ class MainLoop {
 
   // Queues work to run on the loop. Never runs it inline.
   void post(std::function<void()> work);
+  // Runs work at once when called on the main thread, else posts it: "on the
+  // main thread, directly when already there, otherwise asynchronously".
+  void dispatch(std::function<void()> work);
 
   bool isMainThread() const noexcept;
 

@@ -84,6 +84,24 @@ TEST(MainLoop, PerformAndWaitOnTheMainThreadRunsInline) {
   EXPECT_EQ(events, (std::vector<std::string>{"inline", "posted"}));
 }
 
+TEST(MainLoop, DispatchRunsInlineOnTheMainThreadAndPostsFromOthers) {
+  MainLoop loop;
+  std::vector<std::string> events;
+  loop.dispatch([&] { events.push_back("inline"); });
+  EXPECT_EQ(events, std::vector<std::string>{"inline"});
+  std::thread other([&] {
+    loop.dispatch([&] {
+      EXPECT_TRUE(loop.isMainThread());
+      events.push_back("posted");
+      loop.stop();
+    });
+  });
+  other.join();
+  EXPECT_EQ(events.size(), 1u);
+  loop.run();
+  EXPECT_EQ(events, (std::vector<std::string>{"inline", "posted"}));
+}
+
 TEST(MainLoop, AnExceptionFromPostedWorkLeavesRunAndTheLoopGoesOn) {
   MainLoop loop;
   bool after = false;
