@@ -104,7 +104,7 @@ class Color {
 };
 
 // The components of a Display P3 colour in device RGB, by the transform
-// described above. Exposed for the colour tables that convert in bulk.
+// described above, for callers that hold components rather than colours.
 RGBAComponents convertDisplayP3ToDeviceRGB(const RGBAComponents& displayP3);
 // The inverse transform.
 RGBAComponents convertDeviceRGBToDisplayP3(const RGBAComponents& deviceRGB);

@@ -5,10 +5,11 @@
 // lacks one of them, or holds something other than a number under it,
 // throws the JSON library's own error (nlohmann::json::exception).
 //
-// CodableColor(color) reads the components of color as they are, with no
-// conversion of colour space, so color should already be an RGB colour in
-// the space the reader expects; color() makes a device RGB colour. A plain
-// value, thread-safe to copy and read.
+// CodableColor(color) reads the components of color as they are (a dynamic
+// colour resolved against the calling thread's current appearance), with no
+// conversion of colour space, so color should already be in the space the
+// reader expects; color() makes a device RGB colour. A plain value,
+// thread-safe to copy and read.
 #pragma once
 
 #include <nlohmann/json_fwd.hpp>

@@ -312,6 +312,12 @@ TEST_F(UserDefaultsTest, TheStandardDomainIsTheExecutableUnlessNamed) {
   EXPECT_EQ(UserDefaults::standard()->domain(), "platform_userdefaults_tests");
 }
 
+TEST_F(UserDefaultsTest, AStandardDomainThatCannotNameAFileEndsTheProcess) {
+  UserDefaults::setStandardDomain("a/b");
+  EXPECT_DEATH(UserDefaults::standard(), "Fatal error: The standard user defaults domain cannot name a file");
+  UserDefaults::setStandardDomain("");
+}
+
 // Runs this executable again with only the named test, in the current
 // environment plus the child marker, and gives its exit status.
 int runChildTest(const std::string& testName) {
