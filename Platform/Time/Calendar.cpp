@@ -19,6 +19,9 @@ struct Calendar::Impl {
 
   TimeZone timeZone;
   Locale locale;
+  // The week rules set on this calendar, which outlive a change of locale.
+  std::optional<int> firstWeekday;
+  std::optional<int> minimumDaysInFirstWeek;
   std::unique_ptr<icu::GregorianCalendar> calendar;
   std::mutex mutex;
 };
@@ -166,6 +169,8 @@ Calendar Calendar::current() { return Calendar(TimeZone::current(), Locale::curr
 Calendar::Impl& Calendar::mutableImpl() {
   if (impl_.use_count() > 1) {
     auto copy = std::make_shared<Impl>(impl_->timeZone, impl_->locale);
+    copy->firstWeekday = impl_->firstWeekday;
+    copy->minimumDaysInFirstWeek = impl_->minimumDaysInFirstWeek;
     std::lock_guard lock(impl_->mutex);
     copy->calendar.reset(impl_->calendar->clone());
     impl_ = std::move(copy);
@@ -184,10 +189,14 @@ void Calendar::setTimeZone(const TimeZone& timeZone) {
 const Locale& Calendar::locale() const noexcept { return impl_->locale; }
 
 void Calendar::setLocale(const Locale& locale) {
-  // The week rules come with the locale, as they do for a new calendar.
+  // The week rules come with the locale, except those set on this calendar.
   Impl& impl = mutableImpl();
   impl.locale = locale;
   impl.calendar = makeGregorian(impl.timeZone, locale);
+  if (impl.firstWeekday) impl.calendar->setFirstDayOfWeek(static_cast<UCalendarDaysOfWeek>(*impl.firstWeekday));
+  if (impl.minimumDaysInFirstWeek) {
+    impl.calendar->setMinimalDaysInFirstWeek(static_cast<uint8_t>(*impl.minimumDaysInFirstWeek));
+  }
 }
 
 int Calendar::firstWeekday() const {
@@ -198,7 +207,9 @@ int Calendar::firstWeekday() const {
 
 void Calendar::setFirstWeekday(int weekday) {
   if (weekday < UCAL_SUNDAY || weekday > UCAL_SATURDAY) return;
-  mutableImpl().calendar->setFirstDayOfWeek(static_cast<UCalendarDaysOfWeek>(weekday));
+  Impl& impl = mutableImpl();
+  impl.firstWeekday = weekday;
+  impl.calendar->setFirstDayOfWeek(static_cast<UCalendarDaysOfWeek>(weekday));
 }
 
 int Calendar::minimumDaysInFirstWeek() const {
@@ -208,7 +219,9 @@ int Calendar::minimumDaysInFirstWeek() const {
 
 void Calendar::setMinimumDaysInFirstWeek(int days) {
   if (days < 1 || days > 7) return;
-  mutableImpl().calendar->setMinimalDaysInFirstWeek(static_cast<uint8_t>(days));
+  Impl& impl = mutableImpl();
+  impl.minimumDaysInFirstWeek = days;
+  impl.calendar->setMinimalDaysInFirstWeek(static_cast<uint8_t>(days));
 }
 
 int Calendar::component(Component component, Date date) const {

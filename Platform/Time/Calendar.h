@@ -12,7 +12,8 @@
 // day is always its first instant.
 //
 // Weeks follow firstWeekday (1 is Sunday, 2 Monday, ..., 7 Saturday) and
-// minimumDaysInFirstWeek, both from the locale's region unless set. A week
+// minimumDaysInFirstWeek, both from the locale's region unless set; a value
+// that was set is kept when the locale changes. A week
 // that straddles a year end belongs to the year that holds at least
 // minimumDaysInFirstWeek of its days; yearForWeekOfYear tells which.
 //

@@ -285,6 +285,18 @@ TEST(CalendarCurrent, ChangingZoneOrLocaleOfACopyLeavesTheOriginal) {
   EXPECT_EQ(original.startOfDay(utc(2026, 3, 29, 10)), utc(2026, 3, 28, 23));
   EXPECT_EQ(moved.startOfDay(utc(2026, 3, 29, 10)), utc(2026, 3, 29, 4));
   EXPECT_EQ(moved.firstWeekday(), 1);
+  // Week rules that were set survive a change of locale.
+  Calendar custom = calendar("Europe/Berlin", "de_DE");
+  custom.setFirstWeekday(7);
+  custom.setLocale(Locale("en_US"));
+  EXPECT_EQ(custom.firstWeekday(), 7);
+  EXPECT_EQ(custom.minimumDaysInFirstWeek(), 1);
+  custom.setMinimumDaysInFirstWeek(4);
+  Calendar copy = custom;
+  copy.setLocale(Locale("de_DE"));
+  EXPECT_EQ(copy.firstWeekday(), 7);
+  EXPECT_EQ(copy.minimumDaysInFirstWeek(), 4);
+  EXPECT_EQ(custom.locale().identifier(), "en_US");
 }
 
 TEST(CalendarComponents, DatesThatAreNotFiniteLieOnNoDay) {

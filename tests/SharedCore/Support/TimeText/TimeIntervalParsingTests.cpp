@@ -78,6 +78,9 @@ TEST(TimeIntervalParsing, GapsOfTheGrammarAreKept) {
              {"1:30pm", std::nullopt},
              {"abc", std::nullopt},
              {"h", std::nullopt}});
+  // strtod stops at a NUL, so a number must not hold one.
+  EXPECT_EQ(toTimeInterval(std::string_view("\0" "5", 2)), std::nullopt);
+  EXPECT_EQ(toTimeInterval(std::string_view("5\0", 2)), std::nullopt);
 }
 
 TEST(TimeIntervalParsing, DoesNotDependOnTheMachinesZoneOrLocale) {
