@@ -13,9 +13,9 @@
 //
 // Weeks follow firstWeekday (1 is Sunday, 2 Monday, ..., 7 Saturday) and
 // minimumDaysInFirstWeek, both from the locale's region unless set; a value
-// that was set is kept when the locale changes. A week
-// that straddles a year end belongs to the year that holds at least
-// minimumDaysInFirstWeek of its days; yearForWeekOfYear tells which.
+// that was set is kept when the locale changes. A week that straddles a
+// year end belongs to the year that holds at least minimumDaysInFirstWeek
+// of its days; yearForWeekOfYear tells which.
 //
 // A date that is not finite lies on no day: it has no components (0 or
 // absent), nothing can be added to it, its start of day is itself, and it

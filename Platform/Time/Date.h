@@ -24,6 +24,14 @@ class Date {
   static constexpr Date distantPast() { return Date(-62135769600.0); }
   static constexpr Date distantFuture() { return Date(64092211200.0); }
 
+  // Fixed lengths in seconds, for arithmetic that ignores the calendar.
+  // A year here is the tropical year, not 365 days.
+  static constexpr double minuteInSeconds() { return 60; }
+  static constexpr double hourInSeconds() { return 3600; }
+  static constexpr double dayInSeconds() { return 86400; }
+  static constexpr double weekInSeconds() { return 604800; }
+  static constexpr double yearInSeconds() { return 31556926; }
+
   constexpr double timeIntervalSince1970() const noexcept { return seconds_; }
   constexpr double timeIntervalSince(Date other) const noexcept { return seconds_ - other.seconds_; }
   constexpr Date addingTimeInterval(double seconds) const noexcept { return Date(seconds_ + seconds); }
