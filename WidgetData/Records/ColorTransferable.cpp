@@ -2,9 +2,19 @@
 
 #include <functional>
 
+#include "SharedCore/Support/Colors/ColorConversion.h"
 #include "WidgetData/Records/RecordCoding.h"
 
 namespace kestrona {
+
+Color ColorTransferable::color() const {
+  return Color::rgb(redComponent, greenComponent, blueComponent, alphaComponent);
+}
+
+ColorTransferable toTransferable(const Color& color) {
+  RGBAComponents components = toRGBAComponents(color);
+  return ColorTransferable{components.red, components.green, components.blue, components.alpha};
+}
 
 void to_json(nlohmann::json& json, const ColorTransferable& color) {
   json = nlohmann::json::object();

@@ -15,19 +15,24 @@
 //     can't be written, including when its directory could not be made.
 //
 // The store directory is made, with its parents, when its path does not
-// exist; a failure to make it is left to the write to report. The write
-// replaces the file's content in place, not through a temporary file and a
-// rename, so a reader may meet the file half-written. That costs one failed
-// read and no more: the records are written as compact JSON objects, and any
-// proper prefix of one, like the empty file, is not valid JSON; two writers
-// racing leave either one record whole or a record followed by the other's
-// tail, which is not valid JSON either. No reader can take a partly written
-// file for a different record.
+// exist; a failure to make it is left to the write to report.
 //
-// A writer never logs and never ends the process. It holds nothing but its
-// two immutable fields and may be used from any thread; writers of the same
-// file on different threads are not ordered. Made by one of its two
-// factories and shared; never copied.
+// The write truncates the file and writes the new bytes in place, not
+// through a temporary file and a rename: the exchange with the widgets
+// prescribes a plain write, and this follows it. While a write is under way
+// the file holds a prefix of the new record, and no proper prefix of a
+// compact JSON object, the empty file included, is valid JSON: a reader
+// that meets it gets one decoding failure and never another record. What a
+// plain write cannot promise is order between writers: two writers of the
+// same file at once, or a reader whose read spans two writes in a row, may
+// mix the bytes of two records, and for records longer than a page the mix
+// can happen to be valid JSON. Callers therefore keep to one writer per file
+// at a time; widgets re-read the file at their next timeline anyway.
+//
+// A writer never logs, and ends the process only when handed an empty
+// completion. It holds nothing but its two immutable fields and may be used
+// from any thread; writers of the same file on different threads are not
+// ordered. Made by one of its two factories and shared; never copied.
 #pragma once
 
 #include <functional>
