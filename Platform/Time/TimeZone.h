@@ -9,8 +9,8 @@
 // a zoneinfo directory), UTC when TZ is set but empty, and otherwise the
 // system's local zone (/etc/localtime, then /etc/timezone). When neither
 // names a zone in the database, the zone is GMT. It is read anew on every
-// call, so tests change it through the environment. The design's "local"
-// zone is this same zone.
+// call, so tests change it through the environment. The "local" zone of
+// date texts is this same zone.
 #pragma once
 
 #include <memory>

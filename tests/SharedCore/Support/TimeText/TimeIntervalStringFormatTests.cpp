@@ -15,7 +15,7 @@ struct Row {
   const char* negative;  // -3725 s
 };
 
-TEST(TimeIntervalStringFormat, EveryFormWritesTheTableOfTheDesign) {
+TEST(TimeIntervalStringFormat, EveryFormWritesBothSignsAsRequired) {
   const Row rows[] = {
       {Format::digitalHours, "1", "1"},
       {Format::digitalHoursMinutes, "1:02", "-1:02"},
