@@ -46,10 +46,10 @@ class Run : public std::enable_shared_from_this<Run> {
   Run(const Run&) = delete;
   Run& operator=(const Run&) = delete;
 
-  void start(asio::io_context& context, double timeLimit) {
-    int descriptor = static_cast<int>(::syscall(SYS_pidfd_open, pid_, 0));
-    if (descriptor >= 0) {
-      pidDescriptor_.emplace(context, descriptor);
+  void start(asio::io_context& context, double timeLimit, PosixProcessLauncher::ExitWatch exitWatch) {
+    if (exitWatch == PosixProcessLauncher::ExitWatch::processDescriptor) {
+      int descriptor = static_cast<int>(::syscall(SYS_pidfd_open, pid_, 0));
+      if (descriptor >= 0) pidDescriptor_.emplace(context, descriptor);
     }
     waitForExit();
     auto limit = std::chrono::duration_cast<std::chrono::steady_clock::duration>(
@@ -201,7 +201,7 @@ void PosixProcessLauncher::launch(ProcessLaunchRequest request, Completion compl
     return;
   }
   auto run = std::make_shared<Run>(context, std::get<pid_t>(spawned), std::move(completion));
-  run->start(context, request.timeLimit);
+  run->start(context, request.timeLimit, exitWatch_);
 }
 
 }  // namespace kestrona

@@ -23,12 +23,19 @@ namespace kestrona {
 
 class PosixProcessLauncher final : public ProcessLauncher {
  public:
-  explicit PosixProcessLauncher(MainLoop& loop) : loop_(loop) {}
+  // How the end of a program is noticed. processDescriptor falls back on
+  // polling by itself where the kernel has no pidfd; tests choose polling to
+  // exercise that path on any kernel.
+  enum class ExitWatch { processDescriptor, polling };
+
+  explicit PosixProcessLauncher(MainLoop& loop, ExitWatch exitWatch = ExitWatch::processDescriptor)
+      : loop_(loop), exitWatch_(exitWatch) {}
 
   void launch(ProcessLaunchRequest request, Completion completion) override;
 
  private:
   MainLoop& loop_;
+  ExitWatch exitWatch_;
 };
 
 }  // namespace kestrona

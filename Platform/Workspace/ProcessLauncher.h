@@ -10,9 +10,10 @@
 // Contract for implementations:
 //   - completion is called exactly once, on the launcher's main loop, and
 //     never from within launch() itself;
-//   - a program still running at its time limit is killed, together with the
-//     processes it started, and reaped before the completion runs; nothing is
-//     left behind, neither a zombie nor a running child;
+//   - a program still running at its time limit is killed, and reaped before
+//     the completion runs, so that no zombie is left; the processes it
+//     started are sent the same kill (they die on their own schedule, and
+//     their new parent reaps them);
 //   - launching never blocks the main loop while the program runs.
 //
 // Threading: call launch() on the main loop's thread.

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
+#include <variant>
 
 #include "Platform/Bundle/Bundle.h"
 #include "Platform/RunLoop/Async.h"
@@ -59,11 +60,11 @@ void failLater(MainLoop& loop, Workspace::CompletionHandler completionHandler, W
   });
 }
 
-void resumeContinuation(const Continuation<bool>& continuation, std::exception_ptr error) {
+void resumeContinuation(const Continuation<std::monostate>& continuation, std::exception_ptr error) {
   if (error) {
     continuation.resume(error);
   } else {
-    continuation.resume(true);
+    continuation.resume(std::monostate());
   }
 }
 
@@ -129,12 +130,12 @@ asio::awaitable<void> Workspace::open(std::vector<URL> urls, URL applicationURL,
   std::shared_ptr<Workspace> self = shared_from_this();
   // A named function, not a temporary lambda inside the co_await: GCC 12
   // destroys such temporaries twice.
-  std::function<void(Continuation<bool>)> start = [self, urls, applicationURL,
-                                                   configuration](Continuation<bool> continuation) {
+  std::function<void(Continuation<std::monostate>)> start = [self, urls, applicationURL,
+                                                   configuration](Continuation<std::monostate> continuation) {
     self->openURLs(urls, applicationURL, configuration,
                    [continuation](std::exception_ptr error) { resumeContinuation(continuation, error); });
   };
-  co_await withContinuation<bool>(std::move(start));
+  co_await withContinuation<std::monostate>(std::move(start));
 }
 
 }  // namespace kestrona
