@@ -1,0 +1,142 @@
+// The coordinator: one model and one SQLite store file.
+//
+// A coordinator is made with a model (make), then given its store with
+// addPersistentStore(url, options). Opening creates the file when needed,
+// switches it to WAL with synchronous=FULL (a committed save survives a
+// power loss) and a busy timeout, creates the schema derived from the model
+// (one table per entity hierarchy; see docs/architecture.md) and migrates an
+// older file in place: added entities, attributes and relationships are
+// added, with their default values. A removed or retyped property, or
+// migration switched off while the file needs it, fails the open with
+// StoreError migration (134110); a file that is not a store fails with
+// persistentStoreOpen (134080). Only one store per coordinator.
+//
+// The store keeps its identifier (a UUID made when the file is created) and
+// free metadata in the file. managedObjectIDForURIRepresentation turns a
+// permanent URI of this store back into an ID, and gives none for a URI of
+// another store, an unknown entity or a temporary ID.
+//
+// The section "for contexts" is the contexts' road to the file; it is not
+// for other callers. Threading: every public call may come from any thread;
+// the coordinator serialises them on one mutex, and a save holds it for its
+// whole transaction. Callbacks passed to query() run under that mutex and
+// must not call back into the coordinator.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "Platform/Foundation/UUID.h"
+#include "Platform/ObjectStore/ManagedObjectID.h"
+#include "Platform/ObjectStore/ManagedObjectModel.h"
+#include "Platform/ObjectStore/Value.h"
+
+namespace kestrona {
+
+class SQLiteDatabase;
+class SQLiteStatement;
+class StoreSchema;
+
+struct PersistentStoreOptions {
+  // NSMigratePersistentStoresAutomaticallyOption
+  bool migratePersistentStoresAutomatically = true;
+  // NSInferMappingModelAutomaticallyOption
+  bool inferMappingModelAutomatically = true;
+};
+
+struct PersistentStore {
+  static constexpr std::string_view kSQLiteStoreType = "SQLite";
+  std::string type;
+  std::filesystem::path URL;
+  UUID identifier;
+};
+
+class PersistentStoreCoordinator {
+ public:
+  static std::shared_ptr<PersistentStoreCoordinator> make(std::shared_ptr<const ManagedObjectModel> model);
+  ~PersistentStoreCoordinator();
+  PersistentStoreCoordinator(const PersistentStoreCoordinator&) = delete;
+  PersistentStoreCoordinator& operator=(const PersistentStoreCoordinator&) = delete;
+
+  const PersistentStore& addPersistentStore(const std::filesystem::path& url, PersistentStoreOptions options = {});
+  std::vector<PersistentStore> persistentStores() const;
+  const ManagedObjectModel& managedObjectModel() const noexcept { return *model_; }
+  const std::shared_ptr<const ManagedObjectModel>& managedObjectModelPointer() const noexcept { return model_; }
+
+  std::optional<ManagedObjectID> managedObjectIDForURIRepresentation(std::string_view uri) const;
+
+  // Free text metadata kept in the file, with "NSStoreUUID" and
+  // "NSStoreType" filled in by the store.
+  std::map<std::string, std::string> metadata() const;
+  // Replaces the caller's metadata (the two store keys cannot be changed).
+  void setMetadata(const std::map<std::string, std::string>& metadata);
+
+  // ---- For contexts ----
+
+  // The identifier of the one store; fatal before addPersistentStore.
+  const UUID& storeIdentifier() const;
+  const StoreSchema& schema() const;
+
+  // The stored values of one row in the entity's slot layout (to-ones as
+  // object IDs), or none when the row is gone.
+  std::optional<std::vector<Value>> loadRow(const ManagedObjectID& id) const;
+  // The IDs of the destinations of a to-many relationship as stored.
+  std::vector<ManagedObjectID> relatedObjectIDs(const ManagedObjectID& owner,
+                                                const RelationshipDescription& relationship) const;
+  // Whether a row exists.
+  bool rowExists(const ManagedObjectID& id) const;
+
+  // Reserves primary keys: one permanent ID per temporary ID, in order.
+  std::vector<ManagedObjectID> obtainPermanentIDs(const std::vector<ManagedObjectID>& temporaryIDs);
+
+  struct RowChange {
+    ManagedObjectID objectID;
+    // Slot values of the entity: all slots for an insert, only changedSlots
+    // for an update.
+    std::vector<Value> values;
+    std::vector<std::size_t> changedSlots;
+  };
+  struct SaveRequest {
+    std::vector<RowChange> inserted;  // IDs may be temporary
+    std::vector<RowChange> updated;
+    std::vector<ManagedObjectID> deleted;
+  };
+  // Writes all changes in one transaction, or none of them. Returns the
+  // permanent ID of each temporary ID in inserted, and to-one values that
+  // point at a temporary ID are stored as its new key.
+  std::map<ManagedObjectID, ManagedObjectID> save(const SaveRequest& request);
+
+  // Runs read-only SQL with bindings; row is called for each result row.
+  void query(const std::string& sql, const std::vector<Value>& bindings,
+             const std::function<void(const SQLiteStatement&)>& row) const;
+  // Runs a writing statement in a transaction of its own; returns the number
+  // of changed rows.
+  int executeUpdate(const std::string& sql, const std::vector<Value>& bindings);
+  // The slots of entity from a row laid out as StoreSchema::selectList,
+  // starting at column offset (the row's pk). Takes no lock.
+  std::vector<Value> decodeRow(const EntityDescription& entity, const SQLiteStatement& row, int offset = 0) const;
+  // Converts a stored column to the attribute's value.
+  Value attributeValue(const AttributeDescription& attribute, const SQLiteStatement& row, int column) const;
+
+ private:
+  explicit PersistentStoreCoordinator(std::shared_ptr<const ManagedObjectModel> model);
+  void openSchema(const PersistentStoreOptions& options);
+  std::int64_t reserveKeys(const std::string& table, std::int64_t count);
+  Value storedValue(const AttributeDescription& attribute, const Value& value) const;
+
+  std::shared_ptr<const ManagedObjectModel> model_;
+  mutable std::mutex mutex_;
+  std::unique_ptr<SQLiteDatabase> database_;
+  std::unique_ptr<StoreSchema> schema_;
+  std::optional<PersistentStore> store_;
+};
+
+}  // namespace kestrona

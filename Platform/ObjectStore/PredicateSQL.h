@@ -1,0 +1,62 @@
+// Compiles predicates and key paths to SQL over the store's schema; used by
+// the fetch executor only.
+//
+// The table of the fetched entity is "t0"; each to-one relationship on a key
+// path adds one LEFT JOIN of its destination's table ("j1", "j2", ...), made
+// once per path. Conditions keep the format language's two-valued logic:
+// "== nil" is IS NULL, == and != are IS and IS NOT, and an ordered
+// comparison or IN under a NOT is wrapped so that a NULL reads as false
+// before it is negated. Object and object-ID constants become primary keys;
+// a temporary ID matches no stored row. Constants are bound as parameters,
+// in order, into bindings(). Unknown keys and key paths through to-many
+// relationships throw StoreError managedObjectValidation.
+#pragma once
+
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "Platform/ObjectStore/ManagedObjectModel.h"
+#include "Platform/ObjectStore/Predicate.h"
+#include "Platform/ObjectStore/StoreSchema.h"
+
+namespace kestrona {
+
+class PredicateSQLCompiler {
+ public:
+  // What a key path resolves to: its SQL expression and the property at
+  // its end (one of attribute or relationship is set). For a to-one, entitySQL
+  // is the destination's entity-code column.
+  struct Column {
+    std::string sql;
+    std::string entitySQL;
+    const AttributeDescription* attribute = nullptr;
+    const RelationshipDescription* relationship = nullptr;
+  };
+
+  PredicateSQLCompiler(const StoreSchema& schema, const EntityDescription& entity);
+
+  Column column(const std::vector<std::string>& keyPath);
+  Column column(const std::string& dottedKeyPath);
+  std::string condition(const PredicateNode& node);
+  // "<table> AS t0 LEFT JOIN ..." for the joins made so far.
+  std::string fromClause() const;
+  // Relationships (first component of a key path) that were joined.
+  const std::vector<const RelationshipDescription*>& joinedRelationships() const { return joinedFirst_; }
+  std::vector<Value>& bindings() { return bindings_; }
+
+ private:
+  std::string condition(const PredicateNode& node, bool negated);
+  std::string comparison(const PredicateNode& node, bool negated);
+  std::string bind(const Value& value);
+
+  const StoreSchema& schema_;
+  const EntityDescription& entity_;
+  std::map<std::string, std::string> joinAliases_;
+  std::vector<std::string> joins_;
+  std::vector<const RelationshipDescription*> joinedFirst_;
+  std::vector<Value> bindings_;
+};
+
+}  // namespace kestrona

@@ -1,0 +1,72 @@
+#include "tests/Platform/ObjectStore/StoreTestSupport.h"
+
+namespace kestrona::testing {
+
+std::filesystem::path modelDirectory() { return KESTRONA_OBJECTSTORE_TEST_MODELS; }
+
+Data WordListTransformer::transformedValue(const Value& value) const {
+  Data data;
+  auto words = value.get<Value::Array>();
+  if (!words) throw Error("WordListTransformer", 1, "Not a list of words");
+  for (std::size_t i = 0; i < words->size(); ++i) {
+    if (i) data.bytes.push_back('\n');
+    auto word = (*words)[i].get<std::string>();
+    if (!word) throw Error("WordListTransformer", 1, "Not a word");
+    data.bytes.insert(data.bytes.end(), word->begin(), word->end());
+  }
+  return data;
+}
+
+Value WordListTransformer::reverseTransformedValue(const Data& data) const {
+  Value::Array words;
+  std::string word;
+  for (auto byte : data.bytes) {
+    if (byte == '\n') {
+      words.emplace_back(word);
+      word.clear();
+    } else {
+      word += static_cast<char>(byte);
+    }
+  }
+  words.emplace_back(word);
+  return Value(std::move(words));
+}
+
+TestStore::TestStore(const std::string& modelName) : model(modelName) {
+  ValueTransformer::setValueTransformer(std::make_shared<WordListTransformer>(), "WordListTransformer");
+  reopen(modelName);
+}
+
+void TestStore::reopen(const std::string& modelName) {
+  if (!modelName.empty()) model = modelName;
+  context.reset();
+  coordinator.reset();
+  coordinator = PersistentStoreCoordinator::make(ManagedObjectModel::loadNamed(model, modelDirectory()));
+  coordinator->addPersistentStore(storeURL());
+  context = newContext();
+}
+
+std::shared_ptr<ManagedObjectContext> TestStore::newContext() const {
+  auto made = ManagedObjectContext::make(ManagedObjectContextConcurrencyType::privateQueueConcurrencyType);
+  made->setPersistentStoreCoordinator(coordinator);
+  return made;
+}
+
+std::shared_ptr<ManagedObject> makeTask(ManagedObjectContext& context, const std::string& name, bool archived) {
+  auto task = context.insertNewObject("Task");
+  task->setValue(name, "name");
+  task->setValue(archived, "archived");
+  return task;
+}
+
+std::shared_ptr<ManagedObject> makeSession(ManagedObjectContext& context, const std::shared_ptr<ManagedObject>& task,
+                                           double begin, std::optional<double> end, double duration) {
+  auto session = context.insertNewObject("Session");
+  session->setValue(Date(begin), "begin");
+  session->setValue(end ? Value(Date(*end)) : Value(), "end");
+  session->setValue(duration, "confirmedDuration");
+  session->setValue(Value(task), "task");
+  return session;
+}
+
+}  // namespace kestrona::testing

@@ -1,0 +1,48 @@
+// A store on the test model "Tracker" in a temporary directory, with one
+// private-queue context, and helpers to fill it.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include "Platform/ObjectStore/ManagedObjectContext.h"
+#include "Platform/ObjectStore/ManagedObjectModel.h"
+#include "Platform/ObjectStore/PersistentStoreCoordinator.h"
+#include "Platform/ObjectStore/ValueTransformer.h"
+#include "tests/support/TemporaryDirectory.h"
+
+namespace kestrona::testing {
+
+std::filesystem::path modelDirectory();
+
+// Joins strings with "\n" into binary data and back; registered as
+// "WordListTransformer".
+class WordListTransformer : public ValueTransformer {
+ public:
+  Data transformedValue(const Value& value) const override;
+  Value reverseTransformedValue(const Data& data) const override;
+};
+
+class TestStore {
+ public:
+  explicit TestStore(const std::string& modelName = "Tracker");
+
+  // Drops the coordinator and the context and opens the same file again.
+  void reopen(const std::string& modelName = "");
+  std::shared_ptr<ManagedObjectContext> newContext() const;
+
+  std::filesystem::path storeURL() const { return directory.path() / "Store.sqlite"; }
+
+  TemporaryDirectory directory;
+  std::string model;
+  std::shared_ptr<PersistentStoreCoordinator> coordinator;
+  std::shared_ptr<ManagedObjectContext> context;
+};
+
+std::shared_ptr<ManagedObject> makeTask(ManagedObjectContext& context, const std::string& name,
+                                        bool archived = false);
+std::shared_ptr<ManagedObject> makeSession(ManagedObjectContext& context, const std::shared_ptr<ManagedObject>& task,
+                                           double begin, std::optional<double> end, double duration);
+
+}  // namespace kestrona::testing
