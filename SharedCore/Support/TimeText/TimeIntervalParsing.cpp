@@ -44,10 +44,14 @@ std::string normalise(std::string_view raw) {
   return result;
 }
 
-// strtod in the C locale over the whole text: none unless every byte is used.
+// strtod in the C locale over the whole text: none unless every byte is
+// used. strtod itself would skip white space in front of the number; here a
+// text that begins with white space (or is empty) is no number.
 std::optional<double> wholeNumber(const std::string& text) {
   static const locale_t cLocale = newlocale(LC_ALL_MASK, "C", static_cast<locale_t>(nullptr));
-  if (text.empty()) return std::nullopt;
+  if (text.empty() || std::string_view(" \t\n\v\f\r").find(text.front()) != std::string_view::npos) {
+    return std::nullopt;
+  }
   char* end = nullptr;
   double value = strtod_l(text.c_str(), &end, cLocale);
   if (end != text.c_str() + text.size() || end == text.c_str()) return std::nullopt;

@@ -12,8 +12,9 @@
 // tried in this order, the first that gives a value winning. Anything else
 // is none, including a few texts that look like durations: "90s", "45sec",
 // "1h30" and "2m30s". Those gaps are part of the grammar and are kept.
-// A plain number follows strtod in the C locale and must use up the whole
-// text, so "inf" and "nan" are numbers too.
+// A number, the whole text or one found inside it, follows strtod in the C
+// locale, must use up its text and may not begin with white space, so "inf"
+// and "nan" are numbers too but "\t2" is none.
 //
 // Formatters and regular expressions are made on every call; nothing is
 // cached. Thread-safe.

@@ -83,6 +83,18 @@ TEST(TimeIntervalParsing, GapsOfTheGrammarAreKept) {
   EXPECT_EQ(toTimeInterval(std::string_view("5\0", 2)), std::nullopt);
 }
 
+// The hours and minutes steps read the numbers that their inner pattern
+// finds anywhere in the text, by the same rule as a whole text: a number
+// may not begin with white space. "." does not cross a line end, so after
+// one the inner pattern starts its match at a tab inside the text.
+TEST(TimeIntervalParsing, NumbersFoundInsideTheTextMayNotBeginWithWhiteSpace) {
+  expectAll({{"a\n2h", 7200},
+             {"a\n\t2h", std::nullopt},
+             {"a\n30m", 1800},
+             {"a\n\t30m", std::nullopt},
+             {"x\r\t1.5h", std::nullopt}});
+}
+
 TEST(TimeIntervalParsing, DoesNotDependOnTheMachinesZoneOrLocale) {
   testing::ScopedEnvironment environment;
   for (const char* zone : {"Pacific/Kiritimati", "America/St_Johns", "UTC"}) {
