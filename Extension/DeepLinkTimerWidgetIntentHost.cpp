@@ -3,12 +3,6 @@
 #include "Platform/Bundle/Bundle.h"
 #include "Platform/Logging/Logger.h"
 
-// GCC 12 takes the recycling allocator behind Asio's coroutine frames for a
-// mismatched new/delete once it inlines both ends (-O1 and above). It is a
-// known false positive of the compiler; the sanitizer builds check the real
-// thing.
-#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
-
 namespace kestrona {
 namespace {
 

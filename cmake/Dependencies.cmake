@@ -12,7 +12,11 @@ find_path(ASIO_INCLUDE_DIR asio.hpp REQUIRED)
 add_library(kestrona_asio INTERFACE)
 add_library(kestrona::asio ALIAS kestrona_asio)
 target_include_directories(kestrona_asio SYSTEM INTERFACE ${ASIO_INCLUDE_DIR})
-target_compile_definitions(kestrona_asio INTERFACE ASIO_STANDALONE ASIO_NO_DEPRECATED)
+# Asio chooses between std::aligned_alloc and its own aligned allocation by a
+# macro of the standard library's configuration, so a file that includes Asio
+# before any standard header would allocate one way and free the other. Fix
+# the choice for every file.
+target_compile_definitions(kestrona_asio INTERFACE ASIO_STANDALONE ASIO_NO_DEPRECATED ASIO_DISABLE_STD_ALIGNED_ALLOC)
 target_link_libraries(kestrona_asio INTERFACE Threads::Threads)
 
 if(KESTRONA_BUILD_TESTS)
