@@ -6,31 +6,78 @@
 #include <optional>
 #include <utility>
 
+#include "Platform/Text/TextLength.h"
+
 namespace kestrona {
 
 namespace {
 
-bool isWhitespaceOrNewline(char c) {
-  return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\v' || c == '\f';
+// White space and newlines as Unicode defines them: the separators (Zs, Zl,
+// Zp), the tab and line-break controls and NEXT LINE.
+bool isWhitespaceOrNewline(char32_t c) {
+  return (c >= 0x09 && c <= 0x0D) || c == 0x20 || c == 0x85 || c == 0xA0 || c == 0x1680 ||
+         (c >= 0x2000 && c <= 0x200A) || c == 0x2028 || c == 0x2029 || c == 0x202F || c == 0x205F || c == 0x3000;
+}
+
+bool isContinuationByte(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
+
+// The code point of the well-formed UTF-8 sequence text, or none.
+std::optional<char32_t> codePoint(std::string_view text) {
+  const auto lead = static_cast<unsigned char>(text.front());
+  if (lead < 0x80) return text.size() == 1 ? std::optional<char32_t>(lead) : std::nullopt;
+  std::size_t length = 0;
+  char32_t value = 0;
+  if ((lead & 0xE0) == 0xC0) {
+    length = 2;
+    value = lead & 0x1F;
+  } else if ((lead & 0xF0) == 0xE0) {
+    length = 3;
+    value = lead & 0x0F;
+  } else if ((lead & 0xF8) == 0xF0) {
+    length = 4;
+    value = lead & 0x07;
+  } else {
+    return std::nullopt;
+  }
+  if (text.size() != length) return std::nullopt;
+  for (std::size_t index = 1; index < length; ++index) {
+    if (!isContinuationByte(text[index])) return std::nullopt;
+    value = (value << 6) | (static_cast<unsigned char>(text[index]) & 0x3F);
+  }
+  return value;
+}
+
+// The length of the UTF-8 sequence that starts text (1 for a stray byte).
+std::size_t firstSequenceLength(std::string_view text) {
+  std::size_t length = 1;
+  while (length < text.size() && length < 4 && isContinuationByte(text[length])) ++length;
+  return length;
+}
+
+// The length of the UTF-8 sequence that ends text (1 for a stray byte).
+std::size_t lastSequenceLength(std::string_view text) {
+  std::size_t length = 1;
+  while (length < text.size() && length < 4 && isContinuationByte(text[text.size() - length])) ++length;
+  return length;
+}
+
+bool isWhitespaceOrNewline(std::string_view sequence) {
+  const std::optional<char32_t> c = codePoint(sequence);
+  return c.has_value() && isWhitespaceOrNewline(*c);
 }
 
 std::string_view stripped(std::string_view text) {
-  while (!text.empty() && isWhitespaceOrNewline(text.front())) text.remove_prefix(1);
-  while (!text.empty() && isWhitespaceOrNewline(text.back())) text.remove_suffix(1);
-  return text;
-}
-
-// The number of characters a person would count: UTF-8 code points, with a
-// carriage return and line feed pair counted once.
-std::size_t characterCount(std::string_view text) {
-  std::size_t count = 0;
-  for (std::size_t index = 0; index < text.size(); ++index) {
-    const auto byte = static_cast<unsigned char>(text[index]);
-    if ((byte & 0xC0) == 0x80) continue;
-    if (byte == '\n' && index > 0 && text[index - 1] == '\r') continue;
-    ++count;
+  while (!text.empty()) {
+    const std::size_t length = firstSequenceLength(text);
+    if (!isWhitespaceOrNewline(text.substr(0, length))) break;
+    text.remove_prefix(length);
   }
-  return count;
+  while (!text.empty()) {
+    const std::size_t length = lastSequenceLength(text);
+    if (!isWhitespaceOrNewline(text.substr(text.size() - length))) break;
+    text.remove_suffix(length);
+  }
+  return text;
 }
 
 int hexDigit(char c) {

@@ -3,11 +3,14 @@
 // All hex strings of the palette are Display P3 values of the form
 // "#RRGGBB". The parsing is shared by the palette and displayP3HexToRGBA():
 //
-//   1. White space and newlines are stripped from both ends.
+//   1. White space and newlines (Unicode's, such as U+00A0 and U+3000, not
+//      only ASCII's) are stripped from both ends.
 //   2. A hexadecimal 64-bit integer is scanned, skipping "#"; a failed scan
 //      gives the number 0.
 //   3. The characters of the string as passed in are counted, "#" and any
-//      white space included.
+//      white space included. A character is what a reader sees as one (an
+//      extended grapheme cluster): a digit with a combining mark is one, and
+//      so is a carriage return with its line feed.
 //   4. Fewer than 8: the number is 24-bit, clamped to 0xFFFFFF, and alpha
 //      is 1. Otherwise it is 32-bit with alpha in the low byte, unclamped.
 //   5. Each component is its byte divided by 255.

@@ -36,6 +36,22 @@ TEST(DisplayP3HexToRGBATest, LengthIsCountedBeforeStripping) {
   EXPECT_EQ(displayP3HexToRGBA("#FF004\r\n"), bytes(0x0F, 0xF0, 0x04, 255));
 }
 
+TEST(DisplayP3HexToRGBATest, UnicodeWhiteSpaceIsStrippedAndCharactersAreWhatAReaderSees) {
+  // A no-break space and an ideographic space are white space too; counted
+  // as passed in, each makes the string eight characters long.
+  EXPECT_EQ(displayP3HexToRGBA("\u00A0#FF0048"), bytes(0x00, 0xFF, 0x00, 0x48));
+  EXPECT_EQ(displayP3HexToRGBA("#FF0048\u3000"), bytes(0x00, 0xFF, 0x00, 0x48));
+  EXPECT_EQ(displayP3HexToRGBA("\u2028#FF0048"), bytes(0x00, 0xFF, 0x00, 0x48));
+  // A digit with a combining mark is one character: seven in all. The scan
+  // stops at the mark.
+  EXPECT_EQ(displayP3HexToRGBA("#FF0048\u0301"), bytes(0xFF, 0x00, 0x48, 255));
+  // A flag of two regional indicators is one character too.
+  EXPECT_EQ(displayP3HexToRGBA("#FF004\U0001F1E9\U0001F1EA"), bytes(0x0F, 0xF0, 0x04, 255));
+  // A zero-width space is not white space: the scan fails, and the eight
+  // characters select the 32-bit form.
+  EXPECT_EQ(displayP3HexToRGBA("\u200B#FF0048"), (RGBAComponents{0, 0, 0, 0}));
+}
+
 TEST(DisplayP3HexToRGBATest, FailedScansReadAsZero) {
   EXPECT_EQ(displayP3HexToRGBA("zzz"), (RGBAComponents{0, 0, 0, 1}));
   EXPECT_EQ(displayP3HexToRGBA("zzzzzzzzz"), (RGBAComponents{0, 0, 0, 0}));
@@ -56,6 +72,8 @@ TEST(ColorFromHexStringTest, CountsTheStrippedStringAndFailsToOpaqueBlack) {
   EXPECT_EQ(colorFromHexString("#FF004880").components(), bytes(0xFF, 0x00, 0x48, 0x80));
   EXPECT_EQ(colorFromHexString("zzzzzzzzz"), Color::rgb(0, 0, 0, 1));
   EXPECT_EQ(colorFromHexString("zzz"), Color::rgb(0, 0, 0, 1));
+  // Unicode white space is stripped before both the scan and the count.
+  EXPECT_EQ(colorFromHexString("\u3000#FF0048\u00A0").components(), (RGBAComponents{1, 0, 72 / 255.0, 1}));
 }
 
 TEST(DynamicDisplayP3ColorTest, IsNamedLightFirstAndResolvesPerAppearance) {

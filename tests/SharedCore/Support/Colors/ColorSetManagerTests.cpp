@@ -50,6 +50,19 @@ TEST_F(ColorSetManagerTest, OffersEighteenSetsAndRotatesThroughTheSame) {
   EXPECT_EQ(rotation, offered);
 }
 
+TEST_F(ColorSetManagerTest, OfferedOrderAndRotationOrderAreTheDesignedOnes) {
+  const ColorSetManager manager;
+  std::vector<ID> offered;
+  for (const ColorSet& set : manager.colorSets()) offered.push_back(set.id());
+  EXPECT_EQ(offered, (std::vector<ID>{ID::violett, ID::pink, ID::red, ID::orange, ID::yellow, ID::green, ID::teal,
+                                      ID::blue, ID::indigo, ID::lightViolett, ID::lightPink, ID::lightRed, ID::brown,
+                                      ID::green2, ID::lightGreen, ID::cyan, ID::lightBlue, ID::lightIndigo}));
+  EXPECT_EQ(manager.initiationSorting(),
+            (std::vector<ID>{ID::cyan, ID::blue, ID::violett, ID::green2, ID::pink, ID::orange, ID::lightViolett,
+                             ID::lightGreen, ID::teal, ID::green, ID::red, ID::indigo, ID::yellow, ID::lightRed,
+                             ID::lightBlue, ID::lightPink, ID::brown, ID::lightIndigo}));
+}
+
 TEST_F(ColorSetManagerTest, RotationWrapsAfterEighteenCalls) {
   ColorSetManager manager;
   EXPECT_EQ(manager.initiationCounter(), 0);

@@ -51,6 +51,55 @@ TEST(ColorSetTest, ColorsAreNamedAndResolvedFromTheirHexStrings) {
   }
 }
 
+// The palette as the design lists it: raw value, the four hex strings (base
+// light and dark, background light and dark), the base opacity and the
+// running-button opacity, in declared order.
+TEST(ColorSetTest, EveryPaletteRowHasItsRawValueHexStringsAndOpacities) {
+  struct Row {
+    ID id;
+    std::int16_t raw;
+    std::string_view baseLight, baseDark, backgroundLight, backgroundDark;
+    float baseOpacity, runningButtonOpacity;
+  };
+  const Row rows[] = {
+      {ID::white, -2, "#FFFFFF", "#FFFFFF", "#BABABA", "#6B6B6B", 0.2f, 0.25f},
+      {ID::gray, -1, "#BBBBBB", "#6B6B6B", "#BABABA", "#6B6B6B", 0.2f, 0.25f},
+      {ID::red, 0, "#EB1753", "#FF0048", "#EB1753", "#EB1753", 0.14f, 0.3f},
+      {ID::brown, 10, "#A2845E", "#B79467", "#9B7D56", "#A37E4F", 0.2f, 0.25f},
+      {ID::orange, 1, "#FF9500", "#FF9500", "#F18D00", "#F18D00", 0.14f, 0.25f},
+      {ID::green2, 3, "#9CD824", "#A0E810", "#8EC71C", "#88B728", 0.2f, 0.25f},
+      {ID::green, 4, "#28CD5F", "#05D74A", "#1FB551", "#22B553", 0.14f, 0.28f},
+      {ID::teal, 14, "#55BEF0", "#55BEF0", "#5AB3D0", "#3AB8DE", 0.19f, 0.25f},
+      {ID::blue, 6, "#008CF6", "#0091FF", "#007DDB", "#007DDB", 0.2f, 0.25f},
+      {ID::violett, 7, "#B348E9", "#B449EA", "#A33BD7", "#8E39B9", 0.18f, 0.2f},
+      {ID::lightPink, 8, "#FF73C4", "#FF8ACE", "#EF61B3", "#EF61B3", 0.19f, 0.3f},
+      {ID::indigo, 15, "#605EEA", "#5654F3", "#5451E4", "#4B49D4", 0.17f, 0.25f},
+      {ID::lightRed, 9, "#FF8084", "#FF8084", "#F16C70", "#F16C70", 0.19f, 0.25f},
+      {ID::pink, 11, "#E12392", "#E41A90", "#EF61B3", "#EF61B3", 0.16f, 0.25f},
+      {ID::yellow, 2, "#FFCC00", "#FFCC00", "#E1B400", "#DDB100", 0.15f, 0.25f},
+      {ID::lightGreen, 13, "#39E68C", "#31F38F", "#2BCF7A", "#2ECB7A", 0.13f, 0.3f},
+      {ID::cyan, 5, "#2BCAD0", "#3AE8E5", "#18B0B8", "#10A6AE", 0.15f, 0.3f},
+      {ID::lightBlue, 12, "#7FC8EC", "#73DEFF", "#75C4EB", "#5ECBEC", 0.17f, 0.21f},
+      {ID::lightViolett, 16, "#B385F8", "#B584FF", "#A776F0", "#A776F0", 0.18f, 0.25f},
+      {ID::lightIndigo, 17, "#7D8EFA", "#8D9CFF", "#6778E4", "#6778E4", 0.15f, 0.21f},
+  };
+  ASSERT_EQ(std::size(rows), allCases<ID>.size());
+  for (std::size_t index = 0; index < std::size(rows); ++index) {
+    const Row& row = rows[index];
+    SCOPED_TRACE(row.raw);
+    EXPECT_EQ(allCases<ID>[index], row.id);
+    EXPECT_EQ(rawValue(row.id), row.raw);
+    const ColorSet set(row.id);
+    EXPECT_EQ(set.displayP3HexString(false), row.baseLight);
+    EXPECT_EQ(set.displayP3HexString(true), row.baseDark);
+    EXPECT_EQ(set.displayP3HexBackgroundColorOptimizedForLightContent(false), row.backgroundLight);
+    EXPECT_EQ(set.displayP3HexBackgroundColorOptimizedForLightContent(true), row.backgroundDark);
+    EXPECT_EQ(set.sidebarTimerRunningBackgroundOpacity(false), row.baseOpacity);
+    EXPECT_EQ(set.sidebarTimerRunningBackgroundOpacity(true), row.baseOpacity * 0.66f);
+    EXPECT_EQ(set.runningStartPauseButtonBackgroundOpacity(false), row.runningButtonOpacity);
+  }
+}
+
 TEST(ColorSetTest, PaletteRowsGiveTheirLightAndDarkValues) {
   const ColorSet red(ID::red);
   EXPECT_EQ(red.displayP3HexString(false), "#EB1753");
