@@ -7,13 +7,22 @@ namespace kestrona {
 namespace {
 
 double requiredNumber(const nlohmann::json& json, const char* key) {
-  const nlohmann::json& value = json.at(key);
+  const auto found = json.find(key);
+  if (found == json.end()) {
+    throw ColorDecodingError(ColorDecodingError::Code::keyNotFound, {key},
+                             std::string("No value associated with key \"") + key + "\".");
+  }
+  if (found->is_null()) {
+    throw ColorDecodingError(ColorDecodingError::Code::valueNotFound, {key},
+                             "Expected a number but found null instead.");
+  }
   // The library would read a boolean as 0 or 1; a colour component must be
   // a number.
-  if (!value.is_number()) {
-    throw nlohmann::json::type_error::create(302, std::string("\"") + key + "\" must be a number", &value);
+  if (!found->is_number()) {
+    throw ColorDecodingError(ColorDecodingError::Code::typeMismatch, {key},
+                             std::string("Expected to decode a number but found ") + found->type_name() + " instead.");
   }
-  return value.get<double>();
+  return found->get<double>();
 }
 
 }  // namespace
@@ -33,10 +42,17 @@ void to_json(nlohmann::json& json, const CodableColor& color) {
 }
 
 void from_json(const nlohmann::json& json, CodableColor& color) {
-  color.red = requiredNumber(json, "red");
-  color.green = requiredNumber(json, "green");
-  color.blue = requiredNumber(json, "blue");
-  color.alpha = requiredNumber(json, "alpha");
+  if (!json.is_object()) {
+    throw ColorDecodingError(ColorDecodingError::Code::typeMismatch, {},
+                             std::string("Expected to decode a dictionary but found ") + json.type_name() +
+                                 " instead.");
+  }
+  // Read all four before changing color, so that a failure leaves it as it was.
+  const double red = requiredNumber(json, "red");
+  const double green = requiredNumber(json, "green");
+  const double blue = requiredNumber(json, "blue");
+  const double alpha = requiredNumber(json, "alpha");
+  color = CodableColor(red, green, blue, alpha);
 }
 
 }  // namespace kestrona

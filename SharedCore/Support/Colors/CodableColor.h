@@ -1,9 +1,11 @@
 // A colour as four plain numbers, for JSON.
 //
 // CodableColor is coded as an object with the four required keys "red",
-// "green", "blue" and "alpha", each a 64-bit number. Decoding an object that
-// lacks one of them, or holds something other than a number under it,
-// throws the JSON library's own error (nlohmann::json::exception).
+// "green", "blue" and "alpha", each a 64-bit number; other keys are ignored.
+// Decoding throws ColorDecodingError (ColorDecodingError.h): typeMismatch
+// when the value is not an object or a component is not a number (a
+// boolean is not one), valueNotFound when a component is null, keyNotFound
+// when one is absent, with that component's key as the coding path.
 //
 // CodableColor(color) reads the components of color as they are (a dynamic
 // colour resolved against the calling thread's current appearance), with no
@@ -15,6 +17,7 @@
 #include <nlohmann/json_fwd.hpp>
 
 #include "Platform/Color/Color.h"
+#include "SharedCore/Support/Colors/ColorDecodingError.h"
 
 namespace kestrona {
 

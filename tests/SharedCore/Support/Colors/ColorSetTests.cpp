@@ -5,6 +5,8 @@
 
 #include <limits>
 #include <set>
+#include <utility>
+#include <vector>
 
 #include "SharedCore/Support/Colors/CodableColor.h"
 #include "SharedCore/Support/Colors/ColorConversion.h"
@@ -195,19 +197,50 @@ TEST(NamedColorsTest, EachHasALightAndADarkValueAndConverts) {
   EXPECT_LT(NamedColors::systemBackground().resolved(Appearance::dark()).components().red, 0.5);
 }
 
-TEST(CodableColorTest, CodesUnderItsFourKeysAndRequiresEachAsANumber) {
+TEST(CodableColorTest, CodesUnderItsFourKeys) {
   const CodableColor color(0.25, 0.5, 1.5, -0.125);
   const nlohmann::json json = color;
   EXPECT_EQ(json, (nlohmann::json{{"red", 0.25}, {"green", 0.5}, {"blue", 1.5}, {"alpha", -0.125}}));
   EXPECT_EQ(json.get<CodableColor>(), color);
   EXPECT_EQ(nlohmann::json::parse(R"({"red":1,"green":0,"blue":0,"alpha":1})").get<CodableColor>(),
             CodableColor(1, 0, 0, 1));
+}
 
-  EXPECT_THROW(nlohmann::json::parse(R"({"red":1,"green":0,"blue":0})").get<CodableColor>(), nlohmann::json::exception);
-  EXPECT_THROW(nlohmann::json::parse(R"({"red":true,"green":0,"blue":0,"alpha":1})").get<CodableColor>(),
-               nlohmann::json::exception);
-  EXPECT_THROW(nlohmann::json::parse(R"({"red":"1","green":0,"blue":0,"alpha":1})").get<CodableColor>(),
-               nlohmann::json::exception);
+// The code and coding path of the error that decoding json throws.
+std::pair<ColorDecodingError::Code, std::vector<std::string>> decodingFailure(std::string_view json) {
+  try {
+    (void)nlohmann::json::parse(json).get<CodableColor>();
+  } catch (const ColorDecodingError& error) {
+    EXPECT_EQ(error.domain(), "DecodingError");
+    EXPECT_FALSE(error.debugDescription().empty());
+    return {error.kind(), error.codingPath()};
+  }
+  ADD_FAILURE() << "decoded without an error: " << json;
+  return {};
+}
+
+TEST(CodableColorTest, DecodingFailuresAreTypedErrorsNamingTheKey) {
+  using Code = ColorDecodingError::Code;
+  using Path = std::vector<std::string>;
+  EXPECT_EQ(decodingFailure(R"({"red":1,"green":0,"blue":0})"), std::pair(Code::keyNotFound, Path{"alpha"}));
+  EXPECT_EQ(decodingFailure(R"({"red":true,"green":0,"blue":0,"alpha":1})"), std::pair(Code::typeMismatch, Path{"red"}));
+  EXPECT_EQ(decodingFailure(R"({"red":1,"green":"1","blue":0,"alpha":1})"),
+            std::pair(Code::typeMismatch, Path{"green"}));
+  EXPECT_EQ(decodingFailure(R"({"red":1,"green":0,"blue":null,"alpha":1})"),
+            std::pair(Code::valueNotFound, Path{"blue"}));
+  EXPECT_EQ(decodingFailure(R"([1,0,0,1])"), std::pair(Code::typeMismatch, Path{}));
+  EXPECT_EQ(decodingFailure("null"), std::pair(Code::typeMismatch, Path{}));
+  // The same numbers as the record decoding's cases of the same names.
+  EXPECT_EQ(static_cast<int>(Code::typeMismatch), 0);
+  EXPECT_EQ(static_cast<int>(Code::valueNotFound), 1);
+  EXPECT_EQ(static_cast<int>(Code::keyNotFound), 2);
+
+  // A failed decoding leaves the target as it was; unknown keys are ignored.
+  CodableColor target(0.5, 0.5, 0.5, 0.5);
+  EXPECT_THROW(nlohmann::json::parse(R"({"red":1,"green":0,"blue":0})").get_to(target), ColorDecodingError);
+  EXPECT_EQ(target, CodableColor(0.5, 0.5, 0.5, 0.5));
+  nlohmann::json::parse(R"({"red":1,"green":0,"blue":0,"alpha":1,"space":"p3"})").get_to(target);
+  EXPECT_EQ(target, CodableColor(1, 0, 0, 1));
 }
 
 TEST(CodableColorTest, ReadsComponentsWithoutConversion) {
