@@ -36,8 +36,31 @@
 
 namespace kestrona::logging {
 
+// One value of the dictionary a caller attaches to a line: any value, held
+// as a std::any. An exception of any class (a typed Error and everything
+// derived from it included) is held as a std::exception_ptr to a copy of
+// itself, so that it prints by its own what() whatever its class; a
+// std::any cannot be asked for a base class of what it holds.
+class DataValue : public std::any {
+ public:
+  DataValue() = default;
+  template <typename T>
+    requires(!std::same_as<std::remove_cvref_t<T>, DataValue>)
+  DataValue(T&& value) : std::any(held(std::forward<T>(value))) {}
+
+ private:
+  template <typename T>
+  static std::any held(T&& value) {
+    if constexpr (std::is_base_of_v<std::exception, std::remove_cvref_t<T>>) {
+      return std::make_exception_ptr(std::forward<T>(value));
+    } else {
+      return std::any(std::forward<T>(value));
+    }
+  }
+};
+
 // The dictionary a caller attaches to a line.
-using Data = std::map<std::string, std::any, std::less<>>;
+using Data = std::map<std::string, DataValue, std::less<>>;
 
 // A message, given as text or as a callable that makes it only when needed.
 class LazyMessage {
@@ -108,8 +131,9 @@ void error(const Logger& logger, std::string_view message, const std::exception_
 // printed: integers and bool as C++ writes them ("true"), floating point in
 // the shortest form that reads back the same, a Date as its seconds since
 // 1970, an Error or std::exception by what(), a std::exception_ptr by the
-// what() of what it holds. An empty std::any prints "nil"; a type not listed
-// prints "<unprintable " and its mangled type name ">".
+// what() of what it holds (so an exception of any class put into Data, which
+// holds it so, prints by its what()). An empty std::any prints "nil"; a type
+// not listed prints "<unprintable " and its mangled type name ">".
 Logger::MetadataValue metadataValueFrom(const std::any& value);
 
 // Data as a line's metadata, each value by metadataValueFrom().

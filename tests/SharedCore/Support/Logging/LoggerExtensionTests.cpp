@@ -111,6 +111,34 @@ TEST_F(LoggerExtension, ErrorFormPutsTheErrorUnderItsKey) {
   EXPECT_EQ(handler_->records.size(), 3u);
 }
 
+enum class StoreErrorCode { objectNoLongerExists };
+
+// A typed error of the kind the core's parts define for themselves.
+class StoreError : public CodedError<StoreErrorCode> {
+ public:
+  StoreError() : CodedError("StoreError", StoreErrorCode::objectNoLongerExists, "The object no longer exists.") {}
+};
+
+TEST_F(LoggerExtension, ErrorsOfAnyClassInTheDataPrintByTheirDescription) {
+  const StoreError typed;
+  const Error plain("DataProviderError", 2, "The store is gone.");
+  logging::error(logger_, "fetch failed",
+                 logging::Data{{"error", typed},
+                               {"plain", plain},
+                               {"standard", std::runtime_error("disk full")},
+                               {"caught", std::make_exception_ptr(std::logic_error("bad state"))}});
+  ASSERT_EQ(handler_->records.size(), 1u);
+  EXPECT_EQ(handler_->records[0].metadata, (Logger::Metadata{{"caught", "bad state"},
+                                                             {"error", typed.what()},
+                                                             {"plain", plain.what()},
+                                                             {"standard", "disk full"}}));
+
+  // A lazily made dictionary holds them the same way.
+  logging::warning(logger_, "retrying", [&] { return logging::Data{{"error", typed}}; });
+  ASSERT_EQ(handler_->records.size(), 2u);
+  EXPECT_EQ(handler_->records[1].metadata, (Logger::Metadata{{"error", typed.what()}}));
+}
+
 TEST(MetadataConversion, StringsStayStringsAndOtherValuesArePrinted) {
   EXPECT_EQ(logging::metadataValueFrom(std::string("text")), Value("text"));
   EXPECT_EQ(logging::metadataValueFrom("literal"), Value("literal"));
