@@ -39,7 +39,9 @@ class Font {
 
   Font withWeight(Weight weight) const;
   // The same font with digits of one width, so that a changing number does
-  // not shift the text beside it.
+  // not shift the text beside it. Only faces with tabular figures can do
+  // this (the sans faces of FontCatalog can; its rounded faces cannot, and
+  // keep their proportional digits).
   Font monospacedDigit() const;
 
   friend bool operator==(const Font&, const Font&) = default;

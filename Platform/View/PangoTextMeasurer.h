@@ -6,8 +6,9 @@
 // with an ellipsis by the truncation mode. Font metrics are not hinted, so
 // sizes do not depend on the pixel scale a renderer later draws at.
 //
-// Threading: a measurer holds a Pango context of its own; use each from one
-// thread at a time. Several measurers may work on several threads.
+// Threading: a measurer holds a Pango context of its own on the font map of
+// the thread that made it (Pango keeps one font map per thread); use it on
+// that thread only. Measurers made on several threads may work at once.
 #pragma once
 
 #include <memory>

@@ -23,8 +23,17 @@ void check(cairo_status_t status, ViewRenderingError::Code code, const std::stri
 
 double clamped(double component) { return std::isfinite(component) ? std::clamp(component, 0.0, 1.0) : 0.0; }
 
-void setSource(cairo_t* cr, const RGBAComponents& color) {
-  cairo_set_source_rgba(cr, clamped(color.red), clamped(color.green), clamped(color.blue), clamped(color.alpha));
+void setSource(cairo_t* cr, const RGBAComponents& color, double opacity) {
+  cairo_set_source_rgba(cr, clamped(color.red), clamped(color.green), clamped(color.blue),
+                        clamped(color.alpha) * opacity);
+}
+
+// The number of nodes below node (itself included) that paint something.
+int paintingNodes(const LaidOutNode& node) {
+  if (node.kind == ViewKind::shape || node.kind == ViewKind::image || node.kind == ViewKind::text) return 1;
+  int count = 0;
+  for (const LaidOutNode& child : node.children) count += paintingNodes(child);
+  return count;
 }
 
 // The fraction of the radius by which a continuous corner starts earlier
@@ -112,7 +121,7 @@ class Painter {
     switch (node.kind) {
       case ViewKind::shape: {
         shapePath(cr_, node.as<ShapeNode>()->shape, node.frame);
-        setSource(cr_, *node.color);
+        setSource(cr_, *node.color, opacity_);
         cairo_fill(cr_);
         return;
       }
@@ -121,6 +130,15 @@ class Painter {
       case ViewKind::opacity: {
         const double opacity = node.as<OpacityNode>()->opacity;
         if (opacity <= 0) return;
+        if (paintingNodes(node) <= 1) {
+          // One painted node overlaps nothing of its own: its colour's
+          // alpha gives the same picture as a layer, without the layer.
+          const double outer = opacity_;
+          opacity_ *= opacity;
+          drawChildren(node);
+          opacity_ = outer;
+          return;
+        }
         cairo_push_group(cr_);
         drawChildren(node);
         cairo_pop_group_to_source(cr_);
@@ -164,7 +182,7 @@ class Painter {
     for (const std::vector<Point>& polygon : outline.polygons) {
       polygonPath(cr_, polygon, outline.cornerRadius, node.frame.origin);
     }
-    setSource(cr_, *node.color);
+    setSource(cr_, *node.color, opacity_);
     cairo_fill(cr_);
   }
 
@@ -177,7 +195,7 @@ class Painter {
     cairo_save(cr_);
     cairo_rectangle(cr_, node.frame.minX(), node.frame.minY(), node.frame.width(), node.frame.height());
     cairo_clip(cr_);
-    setSource(cr_, text.color);
+    setSource(cr_, text.color, opacity_);
     cairo_move_to(cr_, node.frame.minX(), node.frame.minY());
     pango_cairo_show_layout(cr_, layout.get());
     cairo_restore(cr_);
@@ -185,6 +203,8 @@ class Painter {
 
   cairo_t* cr_;
   PangoContext* pango_;
+  // The opacity of single painted nodes drawn without a layer of their own.
+  double opacity_ = 1;
 };
 
 void drawTree(cairo_t* cr, const LayoutTree& tree) {

@@ -78,6 +78,22 @@ TEST(RendererTest, DrawsAWidgetToPNGAtTwicePixelScale) {
   EXPECT_LT(centre.red, 80);
 }
 
+TEST(RendererTest, OpacityAppliesToAViewAsOneLayer) {
+  testing::TemporaryDirectory directory;
+  const auto file = directory.path() / "opacity.png";
+  // Left: one white fill at half opacity. Right: two white fills stacked
+  // and then made half transparent together, which must not add up.
+  const View single = ColorFill(Color::white()).opacity(0.5);
+  const View layered = ZStack({ColorFill(Color::white()), ColorFill(Color::white())}).opacity(0.5);
+  const View tree = HStack(VerticalAlignment::center, 0, {single, layered}).background(ColorFill(Color::black()));
+  renderPNG(layout(tree, Size{20, 10}), file, 1);
+  for (int x : {5, 15}) {
+    const Pixel pixel = pixelAt(file, x, 5);
+    EXPECT_NEAR(pixel.red, 128, 2) << "at x " << x;
+    EXPECT_EQ(pixel.alpha, 255);
+  }
+}
+
 TEST(RendererTest, DrawsTheSameTreeToSVGAndToPNGBytes) {
   testing::TemporaryDirectory directory;
   const auto file = directory.path() / "timer.svg";

@@ -55,6 +55,18 @@ TEST(PangoTextLayoutTest, HeavierAndLargerFontsMeasureWider) {
   EXPECT_GT(width(Font::system(26, Font::Weight::black)), regular);
 }
 
+// The sans faces have tabular figures; the rounded ones do not, and draw
+// their own digits whatever is asked.
+TEST(PangoTextLayoutTest, MonospacedDigitsGiveEveryDigitTheSameWidth) {
+  const Font font = Font::system(26, Font::Weight::semibold).monospacedDigit();
+  auto width = [&](const std::string& digits) {
+    return layOut(Text(digits).font(font), {1000, 100}).findText(digits)->frame.width();
+  };
+  // Within rounding of glyph positions, far below the width of a digit.
+  EXPECT_NEAR(width("1111"), width("0000"), 0.1);
+  EXPECT_NEAR(width("1111111"), width("8048083"), 0.1);
+}
+
 TEST(PangoTextLayoutTest, TextsOfBothDesignsAreDrawnInTheCatalogsFamilies) {
   const auto tree = layOut(VStack({Text("Concept").font(Font::system(17, Font::Weight::bold)),
                                    Text("0:42").font(Font::system(26, Font::Weight::semibold, Font::Design::rounded))}),
