@@ -278,7 +278,16 @@ bool UserDefaults::writeFileLocked(const PropertyValue::Dictionary& values) {
   nlohmann::json encoded = nlohmann::json::object();
   for (const auto& [key, value] : values) encoded[key] = encodePropertyValue(value);
   const nlohmann::json document{{"version", kFileFormatVersion}, {"values", std::move(encoded)}};
-  const std::string text = document.dump(2) + "\n";
+  std::string text;
+  try {
+    text = document.dump(2) + "\n";
+  } catch (const nlohmann::json::type_error&) {
+    // Only a text that is not UTF-8 gets here. Rather than let one such
+    // value keep every other change out of the file for good, its invalid
+    // bytes are written as U+FFFD.
+    logError("A user defaults text is not UTF-8; its invalid bytes are written as U+FFFD", {{"domain", domain_}});
+    text = document.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
+  }
 
   std::error_code directoryError;
   std::filesystem::create_directories(directory_, directoryError);

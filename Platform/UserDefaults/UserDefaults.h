@@ -25,7 +25,10 @@
 // instance's changed keys over what it found (so changes that another
 // process made to other keys are kept), and writes the result atomically: a
 // temporary file in the same directory, flushed to disk, renamed over the
-// domain's file. Changes not yet synchronised are written, best effort, when
+// domain's file. A text (key or value) that is not UTF-8 cannot be held by
+// the file as it is: it is written with each invalid byte sequence replaced
+// by U+FFFD, reported to the log, and reads back so after the next
+// synchronize(). Changes not yet synchronised are written, best effort, when
 // the instance is destroyed (shared instances at the normal end of the
 // process); a process that aborts loses them.
 //

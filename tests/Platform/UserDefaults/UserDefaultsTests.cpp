@@ -156,6 +156,23 @@ TEST_F(UserDefaultsTest, SynchronizedValuesReadBackWithTheirTypes) {
   EXPECT_EQ(*fresh()->dateForKey("date"), Date(1700000000.5));
 }
 
+TEST_F(UserDefaultsTest, TextThatIsNotUTF8DoesNotKeepOtherChangesFromTheFile) {
+  const auto writer = fresh();
+  writer->set(std::string("ab\xFF"), "bad value");
+  writer->set(1, std::string("bad key \xC3"));
+  writer->set(7, "good");
+  EXPECT_TRUE(writer->synchronize());
+  EXPECT_FALSE(recordingHandler().take().empty());
+
+  const auto reader = fresh();
+  EXPECT_EQ(reader->integerForKey("good"), 7);
+  EXPECT_EQ(reader->stringForKey("bad value"), "ab\uFFFD");
+  EXPECT_EQ(reader->integerForKey("bad key \uFFFD"), 1);
+  // Nothing is left pending: the next synchronize has nothing to write.
+  EXPECT_TRUE(writer->synchronize());
+  EXPECT_EQ(writer->stringForKey("bad value"), "ab\uFFFD");
+}
+
 TEST_F(UserDefaultsTest, UnsynchronizedChangesAreWrittenWhenTheInstanceEnds) {
   fresh()->set(5, "count");
   EXPECT_EQ(fresh()->integerForKey("count"), 5);
