@@ -57,65 +57,66 @@ class LayoutPass {
     out.node = pointer;
     out.kind = kindOf(node);
     out.frame = frame;
-    std::visit(Overloaded{
-                   [&](const EmptyNode&) {},
-                   [&](const SpacerNode&) {},
-                   [&](const StackNode& stack) { placeStack(stack, proposal, frame, out); },
-                   [&](const TextNode& text) { out.text = layoutText(text, proposal).text; },
-                   [&](const ShapeNode& shape) { out.color = deviceComponents(shape.color, environment_.appearance); },
-                   [&](const ImageNode& image) { out.color = deviceComponents(image.tint, environment_.appearance); },
-                   [&](const PaddingNode& padding) {
-                     const EdgeInsets& insets = padding.insets;
-                     const ProposedSize inner{shrunk(proposal.width, insets.horizontal()),
-                                              shrunk(proposal.height, insets.vertical())};
-                     const Size size = sizeThatFits(padding.child.node(), inner);
-                     out.children.push_back(place(padding.child.nodePointer(), inner,
-                                                  Rect{{frame.minX() + insets.leading, frame.minY() + insets.top}, size}));
-                   },
-                   [&](const FixedFrameNode& fixed) {
-                     const ProposedSize inner{fixed.width ? fixed.width : proposal.width,
-                                              fixed.height ? fixed.height : proposal.height};
-                     placeAligned(fixed.child, inner, frame, fixed.alignment, out);
-                   },
-                   [&](const FlexibleFrameNode& flexible) {
-                     placeAligned(flexible.child, flexibleChildProposal(flexible.bounds, proposal), frame,
-                                  flexible.bounds.alignment, out);
-                   },
-                   [&](const BackgroundNode& background) {
-                     const Size size = sizeThatFits(background.child.node(), proposal);
-                     LaidOutNode child = place(background.child.nodePointer(), proposal, Rect{frame.origin, size});
-                     LaidOutNode decoration;
-                     {
-                       const ProposedSize offered = ProposedSize::from(size);
-                       const Size decorationSize = sizeThatFits(background.decoration.node(), offered);
-                       decoration = place(background.decoration.nodePointer(), offered,
-                                          aligned(Rect{frame.origin, size}, decorationSize, background.alignment));
-                     }
-                     if (background.isOverlay) {
-                       out.children.push_back(std::move(child));
-                       out.children.push_back(std::move(decoration));
-                     } else {
-                       out.children.push_back(std::move(decoration));
-                       out.children.push_back(std::move(child));
-                     }
-                   },
-                   [&](const OpacityNode& wrapper) { out.children.push_back(placeWrapped(wrapper.child, proposal, frame)); },
-                   [&](const ClipNode& wrapper) { out.children.push_back(placeWrapped(wrapper.child, proposal, frame)); },
-                   [&](const ScaleNode& wrapper) { out.children.push_back(placeWrapped(wrapper.child, proposal, frame)); },
-                   [&](const OffsetNode& offset) {
-                     const Rect moved{{frame.minX() + offset.x, frame.minY() + offset.y}, frame.size};
-                     out.children.push_back(placeWrapped(offset.child, proposal, moved));
-                   },
-                   [&](const SizeReaderNode& reader) {
-                     const View& content = builtContent(reader, frame.size);
-                     placeAligned(content, ProposedSize::from(frame.size), frame, Alignment::topLeading(), out);
-                   },
-                   [&](const LinkNode& wrapper) { out.children.push_back(placeWrapped(wrapper.child, proposal, frame)); },
-                   [&](const PressTargetNode& wrapper) {
-                     out.children.push_back(placeWrapped(wrapper.child, proposal, frame));
-                   },
-               },
-               node.content);
+    std::visit(
+        Overloaded{
+            [&](const EmptyNode&) {},
+            [&](const SpacerNode&) {},
+            [&](const StackNode& stack) { placeStack(stack, proposal, frame, out); },
+            [&](const TextNode& text) { out.text = layoutText(text, proposal).text; },
+            [&](const ShapeNode& shape) { out.color = deviceComponents(shape.color, environment_.appearance); },
+            [&](const ImageNode& image) { out.color = deviceComponents(image.tint, environment_.appearance); },
+            [&](const PaddingNode& padding) {
+              const EdgeInsets& insets = padding.insets;
+              const ProposedSize inner{shrunk(proposal.width, insets.horizontal()),
+                                       shrunk(proposal.height, insets.vertical())};
+              const Size size = sizeThatFits(padding.child.node(), inner);
+              out.children.push_back(place(padding.child.nodePointer(), inner,
+                                           Rect{{frame.minX() + insets.leading, frame.minY() + insets.top}, size}));
+            },
+            [&](const FixedFrameNode& fixed) {
+              const ProposedSize inner{fixed.width ? fixed.width : proposal.width,
+                                       fixed.height ? fixed.height : proposal.height};
+              placeAligned(fixed.child, inner, frame, fixed.alignment, out);
+            },
+            [&](const FlexibleFrameNode& flexible) {
+              placeAligned(flexible.child, flexibleChildProposal(flexible.bounds, proposal), frame,
+                           flexible.bounds.alignment, out);
+            },
+            [&](const BackgroundNode& background) {
+              const Size size = sizeThatFits(background.child.node(), proposal);
+              LaidOutNode child = place(background.child.nodePointer(), proposal, Rect{frame.origin, size});
+              LaidOutNode decoration;
+              {
+                const ProposedSize offered = ProposedSize::from(size);
+                const Size decorationSize = sizeThatFits(background.decoration.node(), offered);
+                decoration = place(background.decoration.nodePointer(), offered,
+                                   aligned(Rect{frame.origin, size}, decorationSize, background.alignment));
+              }
+              if (background.isOverlay) {
+                out.children.push_back(std::move(child));
+                out.children.push_back(std::move(decoration));
+              } else {
+                out.children.push_back(std::move(decoration));
+                out.children.push_back(std::move(child));
+              }
+            },
+            [&](const OpacityNode& wrapper) { out.children.push_back(placeWrapped(wrapper.child, proposal, frame)); },
+            [&](const ClipNode& wrapper) { out.children.push_back(placeWrapped(wrapper.child, proposal, frame)); },
+            [&](const ScaleNode& wrapper) { out.children.push_back(placeWrapped(wrapper.child, proposal, frame)); },
+            [&](const OffsetNode& offset) {
+              const Rect moved{{frame.minX() + offset.x, frame.minY() + offset.y}, frame.size};
+              out.children.push_back(placeWrapped(offset.child, proposal, moved));
+            },
+            [&](const SizeReaderNode& reader) {
+              const View& content = builtContent(reader, frame.size);
+              placeAligned(content, ProposedSize::from(frame.size), frame, Alignment::topLeading(), out);
+            },
+            [&](const LinkNode& wrapper) { out.children.push_back(placeWrapped(wrapper.child, proposal, frame)); },
+            [&](const PressTargetNode& wrapper) {
+              out.children.push_back(placeWrapped(wrapper.child, proposal, frame));
+            },
+        },
+        node.content);
     return out;
   }
 
@@ -127,11 +128,17 @@ class LayoutPass {
     return std::visit(
         Overloaded{
             [&](const EmptyNode&) { return Size{}; },
-            [&](const SpacerNode&) { return Size{proposal.width.value_or(0), proposal.height.value_or(0)}; },
+            [&](const SpacerNode&) {
+              return Size{proposal.width.value_or(0), proposal.height.value_or(0)};
+            },
             [&](const StackNode& stack) { return stackSize(stack, proposal); },
             [&](const TextNode& text) { return layoutText(text, proposal).size; },
-            [&](const ShapeNode&) { return Size{proposal.width.value_or(10), proposal.height.value_or(10)}; },
-            [&](const ImageNode& image) { return Size{image.edge, image.edge}; },
+            [&](const ShapeNode&) {
+              return Size{proposal.width.value_or(10), proposal.height.value_or(10)};
+            },
+            [&](const ImageNode& image) {
+              return Size{image.edge, image.edge};
+            },
             [&](const PaddingNode& padding) {
               const EdgeInsets& insets = padding.insets;
               const Size child = sizeThatFits(padding.child.node(), {shrunk(proposal.width, insets.horizontal()),
@@ -150,7 +157,9 @@ class LayoutPass {
             [&](const ClipNode& wrapper) { return sizeThatFits(wrapper.child.node(), proposal); },
             [&](const ScaleNode& wrapper) { return sizeThatFits(wrapper.child.node(), proposal); },
             [&](const OffsetNode& wrapper) { return sizeThatFits(wrapper.child.node(), proposal); },
-            [&](const SizeReaderNode&) { return Size{proposal.width.value_or(10), proposal.height.value_or(10)}; },
+            [&](const SizeReaderNode&) {
+              return Size{proposal.width.value_or(10), proposal.height.value_or(10)};
+            },
             [&](const LinkNode& wrapper) { return sizeThatFits(wrapper.child.node(), proposal); },
             [&](const PressTargetNode& wrapper) { return sizeThatFits(wrapper.child.node(), proposal); },
         },
@@ -173,8 +182,7 @@ class LayoutPass {
                 size};
   }
 
-  void placeAligned(const View& child, ProposedSize childProposal, Rect frame, Alignment alignment,
-                    LaidOutNode& out) {
+  void placeAligned(const View& child, ProposedSize childProposal, Rect frame, Alignment alignment, LaidOutNode& out) {
     const Size size = sizeThatFits(child.node(), childProposal);
     out.children.push_back(place(child.nodePointer(), childProposal, aligned(frame, size, alignment)));
   }
@@ -483,8 +491,7 @@ LayoutTree layout(const View& root, Size canvasSize) {
 }
 
 std::string liveTimerText(const LiveTimer& timer, Date now) {
-  const double elapsed =
-      std::floor(now.timeIntervalSince1970()) - std::floor(timer.begin.timeIntervalSince1970());
+  const double elapsed = std::floor(now.timeIntervalSince1970()) - std::floor(timer.begin.timeIntervalSince1970());
   const long long seconds = std::isfinite(elapsed) && elapsed > 0 ? static_cast<long long>(elapsed) : 0;
   char buffer[32];
   if (seconds >= 3600) {

@@ -68,8 +68,23 @@
 namespace kestrona {
 
 enum class ViewKind {
-  empty, stack, text, spacer, shape, image, padding, fixedFrame, flexibleFrame, background, opacity, clip, scale,
-  offset, sizeReader, link, pressTarget,
+  empty,
+  stack,
+  text,
+  spacer,
+  shape,
+  image,
+  padding,
+  fixedFrame,
+  flexibleFrame,
+  background,
+  opacity,
+  clip,
+  scale,
+  offset,
+  sizeReader,
+  link,
+  pressTarget,
 };
 
 ViewKind kindOf(const ViewNode& node);

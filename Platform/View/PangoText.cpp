@@ -65,7 +65,8 @@ TextMetrics metricsOf(PangoLayout* layout) {
   PangoRectangle logical;
   pango_layout_get_extents(layout, nullptr, &logical);
   TextMetrics metrics;
-  metrics.size = Size{static_cast<double>(logical.width) / PANGO_SCALE, static_cast<double>(logical.height) / PANGO_SCALE};
+  metrics.size =
+      Size{static_cast<double>(logical.width) / PANGO_SCALE, static_cast<double>(logical.height) / PANGO_SCALE};
   metrics.lineCount = pango_layout_get_line_count(layout);
   metrics.isTruncated = pango_layout_is_ellipsized(layout);
   return metrics;

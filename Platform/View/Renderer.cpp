@@ -67,14 +67,18 @@ void shapePath(cairo_t* cr, const Shape& shape, const Rect& rect) {
   }
   double radius = shape.effectiveRadius(rect);
   const RectCorner rounded = shape.kind() == Shape::Kind::roundedRectangle ? shape.corners() : RectCorner::allCorners;
-  RoundedCornerStyle style = shape.kind() == Shape::Kind::roundedRectangle ? shape.style() : RoundedCornerStyle::circular;
-  if (style == RoundedCornerStyle::continuous && radius * kContinuousReach * 2 > std::min(rect.width(), rect.height())) {
+  RoundedCornerStyle style =
+      shape.kind() == Shape::Kind::roundedRectangle ? shape.style() : RoundedCornerStyle::circular;
+  if (style == RoundedCornerStyle::continuous &&
+      radius * kContinuousReach * 2 > std::min(rect.width(), rect.height())) {
     // Too little room for the longer continuous corner: fall back on arcs.
     style = RoundedCornerStyle::circular;
   }
   auto radiusAt = [&](RectCorner corner) { return contains(rounded, corner) ? radius : 0.0; };
-  cairo_move_to(cr, rect.minX() + radiusAt(RectCorner::topLeft) * (style == RoundedCornerStyle::continuous ? kContinuousReach : 1),
-                rect.minY());
+  cairo_move_to(
+      cr,
+      rect.minX() + radiusAt(RectCorner::topLeft) * (style == RoundedCornerStyle::continuous ? kContinuousReach : 1),
+      rect.minY());
   cornerCurve(cr, {rect.maxX(), rect.minY()}, {-1, 0}, {0, 1}, radiusAt(RectCorner::topRight), style);
   cornerCurve(cr, {rect.maxX(), rect.maxY()}, {0, -1}, {-1, 0}, radiusAt(RectCorner::bottomRight), style);
   cornerCurve(cr, {rect.minX(), rect.maxY()}, {1, 0}, {0, -1}, radiusAt(RectCorner::bottomLeft), style);
@@ -190,8 +194,8 @@ class Painter {
     const LaidOutText& text = *node.text;
     pango_cairo_update_context(cr_, pango_);
     pangotext::LayoutPointer layout(pango_layout_new(pango_));
-    pangotext::configureLayout(layout.get(), TextMeasureRequest{text.string, text.font, text.widthLimit,
-                                                                text.lineLimit, text.truncationMode});
+    pangotext::configureLayout(
+        layout.get(), TextMeasureRequest{text.string, text.font, text.widthLimit, text.lineLimit, text.truncationMode});
     cairo_save(cr_);
     cairo_rectangle(cr_, node.frame.minX(), node.frame.minY(), node.frame.width(), node.frame.height());
     cairo_clip(cr_);

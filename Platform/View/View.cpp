@@ -43,8 +43,8 @@ View View::frame(std::optional<double> width, std::optional<double> height, Alig
 }
 
 View View::frame(const FlexibleFrame& bounds) const {
-  for (auto length : {bounds.minWidth, bounds.idealWidth, bounds.maxWidth, bounds.minHeight, bounds.idealHeight,
-                      bounds.maxHeight}) {
+  for (auto length :
+       {bounds.minWidth, bounds.idealWidth, bounds.maxWidth, bounds.minHeight, bounds.idealHeight, bounds.maxHeight}) {
     requireLength(length, "A frame's bounds must not be negative");
   }
   precondition(!(bounds.minWidth && bounds.maxWidth && *bounds.minWidth > *bounds.maxWidth),

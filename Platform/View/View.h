@@ -157,8 +157,7 @@ class VStack : public View {
 
 class HStack : public View {
  public:
-  explicit HStack(std::vector<View> children)
-      : HStack(VerticalAlignment::center, std::nullopt, std::move(children)) {}
+  explicit HStack(std::vector<View> children) : HStack(VerticalAlignment::center, std::nullopt, std::move(children)) {}
   HStack(VerticalAlignment alignment, std::optional<double> spacing, std::vector<View> children);
 };
 
@@ -291,8 +290,8 @@ struct PressTargetNode {
 
 struct ViewNode {
   std::variant<EmptyNode, StackNode, TextNode, SpacerNode, ShapeNode, ImageNode, PaddingNode, FixedFrameNode,
-               FlexibleFrameNode, BackgroundNode, OpacityNode, ClipNode, ScaleNode, OffsetNode, SizeReaderNode, LinkNode,
-               PressTargetNode>
+               FlexibleFrameNode, BackgroundNode, OpacityNode, ClipNode, ScaleNode, OffsetNode, SizeReaderNode,
+               LinkNode, PressTargetNode>
       content;
 };
 

@@ -39,9 +39,8 @@ View timerWidget() {
 }
 
 View plate(int index) {
-  const View name = Text("Task number " + std::to_string(index + 1))
-                        .font(Font::system(16, Font::Weight::bold))
-                        .lineLimit(1);
+  const View name =
+      Text("Task number " + std::to_string(index + 1)).font(Font::system(16, Font::Weight::bold)).lineLimit(1);
   const View time = Text(std::to_string(index) + ":18")
                         .font(Font::system(14, Font::Weight::semibold, Font::Design::rounded))
                         .opacity(0.6);

@@ -7,8 +7,9 @@ namespace kestrona::testing {
 
 TextMetrics FixedWidthMeasurer::measure(const TextMeasureRequest& request) const {
   // Characters, not bytes: count the bytes that start a UTF-8 sequence.
-  const auto characters = static_cast<double>(std::count_if(
-      request.text.begin(), request.text.end(), [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0) != 0x80; }));
+  const auto characters = static_cast<double>(std::count_if(request.text.begin(), request.text.end(), [](char byte) {
+    return (static_cast<unsigned char>(byte) & 0xC0) != 0x80;
+  }));
   const double advance = request.font.size * kAdvance;
   const double lineHeight = request.font.size * kLineHeight;
   if (characters == 0) return TextMetrics{Size{0, lineHeight}, 1, false};

@@ -1,8 +1,8 @@
-#include "Platform/View/FontCatalog.h"
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
+
+#include "Platform/View/FontCatalog.h"
 
 namespace kestrona {
 namespace {

@@ -1,5 +1,3 @@
-#include "Platform/View/HitTesting.h"
-
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -8,6 +6,7 @@
 
 #include "Platform/Intents/AppIntent.h"
 #include "Platform/RunLoop/Async.h"
+#include "Platform/View/HitTesting.h"
 #include "tests/Platform/View/FixedWidthMeasurer.h"
 
 namespace kestrona {
@@ -98,9 +97,9 @@ TEST_F(HitTestingTest, TheInnermostAndTopmostTargetTakesThePress) {
 
 TEST_F(HitTestingTest, RegionLinksAreFollowedWhereNoTargetTakesThePress) {
   const URL reports = *URL::fromString("deeplink-openWeeklyReports://");
-  const View tree = VStack(HorizontalAlignment::center, 0,
-                           {ColorFill(Color::white()).frame(100, 50).link(reports),
-                            ColorFill(Color::black()).frame(100, 50)});
+  const View tree =
+      VStack(HorizontalAlignment::center, 0,
+             {ColorFill(Color::white()).frame(100, 50).link(reports), ColorFill(Color::black()).frame(100, 50)});
   const auto laidOut = layOut(tree, {100, 100});
   const auto top = hitTest(laidOut, {50, 25});
   ASSERT_TRUE(top.has_value());

@@ -1,7 +1,6 @@
-#include "Platform/View/Layout.h"
-
 #include <gtest/gtest.h>
 
+#include "Platform/View/Layout.h"
 #include "tests/Platform/View/FixedWidthMeasurer.h"
 
 namespace kestrona {
@@ -63,18 +62,19 @@ TEST(StackLayoutTest, SpacerTakesWhatTheOtherChildrenLeave) {
 }
 
 TEST(StackLayoutTest, SpacerKeepsItsMinimumLengthWhenSpaceRunsOut) {
-  const auto tree = layOut(HStack(VerticalAlignment::center, 0,
-                                  {ColorFill(Color::white()).frame(60, 10), Spacer(12), ColorFill(Color::white()).frame(60, 10)}),
-                           {100, 20});
+  const auto tree =
+      layOut(HStack(VerticalAlignment::center, 0,
+                    {ColorFill(Color::white()).frame(60, 10), Spacer(12), ColorFill(Color::white()).frame(60, 10)}),
+             {100, 20});
   EXPECT_DOUBLE_EQ(tree.nodesOfKind(ViewKind::spacer)[0]->frame.width(), 12);
   EXPECT_DOUBLE_EQ(tree.root().frame.width(), 132);
 }
 
 TEST(StackLayoutTest, FlexibleChildrenShareTheRemainingSpaceEqually) {
-  const auto tree = layOut(HStack(VerticalAlignment::center, 0,
-                                  {ColorFill(Color::white()), ColorFill(Color::black()).frame(20, std::nullopt),
-                                   ColorFill(Color::white())}),
-                           {100, 50});
+  const auto tree = layOut(
+      HStack(VerticalAlignment::center, 0,
+             {ColorFill(Color::white()), ColorFill(Color::black()).frame(20, std::nullopt), ColorFill(Color::white())}),
+      {100, 50});
   const auto shapes = tree.nodesOfKind(ViewKind::shape);
   ASSERT_EQ(shapes.size(), 3u);
   expectFrame(*shapes[0], {{0, 0}, {40, 50}});
@@ -84,9 +84,9 @@ TEST(StackLayoutTest, FlexibleChildrenShareTheRemainingSpaceEqually) {
 
 TEST(StackLayoutTest, ChildrenThatDoNotFitShareTheSpaceAndTruncate) {
   const std::string twenty = "abcdefghijklmnopqrst";
-  const auto tree = layOut(HStack(VerticalAlignment::center, 10,
-                                  {text10(twenty).lineLimit(1), text10(twenty + "!").lineLimit(1)}),
-                           {110, 50});
+  const auto tree =
+      layOut(HStack(VerticalAlignment::center, 10, {text10(twenty).lineLimit(1), text10(twenty + "!").lineLimit(1)}),
+             {110, 50});
   const auto texts = tree.nodesOfKind(ViewKind::text);
   ASSERT_EQ(texts.size(), 2u);
   EXPECT_DOUBLE_EQ(texts[0]->frame.width(), 50);
@@ -97,8 +97,8 @@ TEST(StackLayoutTest, ChildrenThatDoNotFitShareTheSpaceAndTruncate) {
 }
 
 TEST(StackLayoutTest, LayeredStackIsAsLargeAsItsLargestChildAndAlignsEach) {
-  const auto tree = layOut(ZStack(Alignment::topLeading(), {ColorFill(Color::white()).frame(40, 30), text10("ab")}),
-                           {100, 100});
+  const auto tree =
+      layOut(ZStack(Alignment::topLeading(), {ColorFill(Color::white()).frame(40, 30), text10("ab")}), {100, 100});
   expectFrame(tree.root(), {{30, 35}, {40, 30}});
   expectFrame(tree, "ab", {{30, 35}, {10, 12}});
 
@@ -136,8 +136,8 @@ TEST(FrameLayoutTest, InfiniteMaximumFillsTheOfferedSpaceInItsAlignment) {
       layOut(text10("abcd").frame(FlexibleFrame{.maxWidth = kInfinity, .alignment = Alignment::trailing()}), {100, 50});
   expectFrame(trailing, "abcd", {{80, 19}, {20, 12}});
 
-  const auto both = layOut(text10("abcd").frame(FlexibleFrame{.maxWidth = kInfinity, .maxHeight = kInfinity,
-                                                              .alignment = Alignment::topLeading()}),
+  const auto both = layOut(text10("abcd").frame(FlexibleFrame{
+                               .maxWidth = kInfinity, .maxHeight = kInfinity, .alignment = Alignment::topLeading()}),
                            {100, 50});
   expectFrame(both.root(), {{0, 0}, {100, 50}});
   expectFrame(both, "abcd", {{0, 0}, {20, 12}});
@@ -166,9 +166,10 @@ TEST(FrameLayoutTest, BackgroundAndOverlayTakeTheChildsSizeAndDrawInOrder) {
   expectFrame(root.children[0], root.children[1].frame);
   expectFrame(root, {{35, 39}, {30, 22}});
 
-  const auto overlay = layOut(
-      ColorFill(Color::white()).frame(40, 40).overlay(TemplateImage(TemplateSymbol::play, 12), Alignment::topTrailing()),
-      {100, 100});
+  const auto overlay = layOut(ColorFill(Color::white())
+                                  .frame(40, 40)
+                                  .overlay(TemplateImage(TemplateSymbol::play, 12), Alignment::topTrailing()),
+                              {100, 100});
   ASSERT_EQ(overlay.root().children.size(), 2u);
   EXPECT_EQ(overlay.root().children[0].kind, ViewKind::fixedFrame);
   EXPECT_EQ(overlay.root().children[1].kind, ViewKind::image);
@@ -243,9 +244,10 @@ TEST(TextLayoutTest, ShrinksToTheLargestScaleThatFitsBeforeTruncating) {
 
 TEST(TextLayoutTest, CarriesItsFontFamilyWeightAndColour) {
   const Color blue = Color::deviceRGB(0, 0, 1, 1);
-  const auto tree = layOut(VStack({Text("Concept").font(Font::system(17, Font::Weight::bold)).foregroundColor(blue),
-                                   Text("0:12:00").font(Font::system(26, Font::Weight::semibold, Font::Design::rounded))}),
-                           {170, 170});
+  const auto tree =
+      layOut(VStack({Text("Concept").font(Font::system(17, Font::Weight::bold)).foregroundColor(blue),
+                     Text("0:12:00").font(Font::system(26, Font::Weight::semibold, Font::Design::rounded))}),
+             {170, 170});
   const LaidOutText& name = *tree.findText("Concept")->text;
   EXPECT_EQ(name.font, (ResolvedFont{"Inter", 17, Font::Weight::bold, false}));
   EXPECT_EQ(name.color, (RGBAComponents{0, 0, 1, 1}));

@@ -1,11 +1,10 @@
-#include "Platform/View/Renderer.h"
-
 #include <cairo.h>
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <cstring>
 
+#include "Platform/View/Renderer.h"
 #include "Platform/View/WidgetCanvas.h"
 #include "tests/support/TemporaryDirectory.h"
 

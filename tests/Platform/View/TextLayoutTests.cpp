@@ -49,7 +49,9 @@ TEST(PangoTextLayoutTest, MinimumScaleShrinksALongNameUntilItFits) {
 
 TEST(PangoTextLayoutTest, HeavierAndLargerFontsMeasureWider) {
   const std::string digits = "1:23:45";
-  auto width = [&](const Font& font) { return layOut(Text(digits).font(font), {1000, 100}).findText(digits)->frame.width(); };
+  auto width = [&](const Font& font) {
+    return layOut(Text(digits).font(font), {1000, 100}).findText(digits)->frame.width();
+  };
   const double regular = width(Font::system(26));
   EXPECT_GT(width(Font::system(34)), regular * 1.2);
   EXPECT_GT(width(Font::system(26, Font::Weight::black)), regular);
