@@ -36,9 +36,15 @@ std::optional<PropertyValue> KeyedArchive::unarchivedObject(std::string_view cla
     throw KeyedArchiveError(KeyedArchiveError::Code::unsupportedVersion,
                             "The keyed archive has version " + std::to_string(version) + ", which this program cannot read");
   }
-  const nlohmann::json document =
-      nlohmann::json::from_cbor(data.begin() + static_cast<std::ptrdiff_t>(kMagic.size()) + 1, data.end(),
-                                /*strict=*/true, /*allow_exceptions=*/false);
+  nlohmann::json document;
+  try {
+    document = nlohmann::json::from_cbor(data.begin() + static_cast<std::ptrdiff_t>(kMagic.size()) + 1, data.end(),
+                                         /*strict=*/true, /*allow_exceptions=*/false);
+  } catch (const nlohmann::json::exception&) {
+    // Even without exceptions the reader throws for a length that no
+    // container could have, as a damaged length field gives.
+    document = nlohmann::json::value_t::discarded;
+  }
   if (document.is_discarded() || !document.is_object()) {
     throw KeyedArchiveError(KeyedArchiveError::Code::damaged, "The keyed archive is damaged");
   }

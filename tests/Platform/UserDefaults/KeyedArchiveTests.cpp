@@ -51,6 +51,15 @@ TEST(KeyedArchiveTest, UnreadableArchivesAreTypedErrors) {
   PropertyValue::Data nullRoot{'K', 'S', 'K', 'A', KeyedArchive::kVersion};
   nlohmann::json::to_cbor(nlohmann::json{{"class", "URL"}, {"root", nullptr}}, nullRoot);
   EXPECT_EQ(failureOf([&] { KeyedArchive::unarchivedObject("URL", nullRoot); }), KeyedArchiveError::Code::damaged);
+
+  // A map or an array that claims more elements than memory could hold, as
+  // a damaged length field would.
+  const PropertyValue::Data hugeMap{'K', 'S', 'K', 'A', KeyedArchive::kVersion, 0xBB,
+                                    0x40, 0x40, 0x40, 0x40, 0x40, 0x40, 0x40, 0x40};
+  EXPECT_EQ(failureOf([&] { KeyedArchive::unarchivedObject("URL", hugeMap); }), KeyedArchiveError::Code::damaged);
+  const PropertyValue::Data hugeArray{'K', 'S', 'K', 'A', KeyedArchive::kVersion, 0x9B,
+                                      0x40, 0x40, 0x40, 0x40, 0x40, 0x40, 0x40, 0x40};
+  EXPECT_EQ(failureOf([&] { KeyedArchive::unarchivedObject("URL", hugeArray); }), KeyedArchiveError::Code::damaged);
 }
 
 }  // namespace
