@@ -476,6 +476,14 @@ std::vector<const LaidOutNode*> LayoutTree::ancestry(const LaidOutNode& target) 
   return path;
 }
 
+double LayoutTree::effectiveOpacity(const LaidOutNode& target) const {
+  double opacity = 1;
+  for (const LaidOutNode* node : ancestry(target)) {
+    if (const OpacityNode* layer = node->as<OpacityNode>()) opacity *= layer->opacity;
+  }
+  return opacity;
+}
+
 LayoutTree layout(const View& root, Size canvasSize, const TextMeasurer& measurer, const FontCatalog& fonts,
                   const LayoutEnvironment& environment) {
   LayoutPass pass(measurer, fonts, environment);

@@ -144,6 +144,10 @@ class LayoutTree {
   // The chain of nodes from the root down to target (both included); empty
   // when target is not in this tree.
   std::vector<const LaidOutNode*> ancestry(const LaidOutNode& target) const;
+  // The opacity target is drawn at: the product of the opacities of the
+  // opacity nodes from the root down to it, itself included; 1 when there
+  // are none. (Colour alpha comes on top of it.)
+  double effectiveOpacity(const LaidOutNode& target) const;
 
  private:
   Size canvasSize_;

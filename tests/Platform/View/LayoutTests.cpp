@@ -185,6 +185,13 @@ TEST(FrameLayoutTest, EffectsLinksAndPressTargetsKeepTheirChildsFrame) {
   }
 }
 
+TEST(FrameLayoutTest, NestedOpacitiesMultiply) {
+  const auto tree = layOut(VStack({text10("dim").opacity(0.6), text10("plain")}).opacity(0.5), {100, 100});
+  EXPECT_DOUBLE_EQ(tree.effectiveOpacity(*tree.findText("dim")), 0.3);
+  EXPECT_DOUBLE_EQ(tree.effectiveOpacity(*tree.findText("plain")), 0.5);
+  EXPECT_DOUBLE_EQ(tree.effectiveOpacity(tree.root()), 0.5);
+}
+
 TEST(FrameLayoutTest, OffsetMovesTheChildButNotTheLayout) {
   const auto tree = layOut(HStack(VerticalAlignment::top, 0, {text10("ab").offset(10, -5), text10("cd")}), {100, 100});
   const LaidOutNode& offset = *tree.nodesOfKind(ViewKind::offset)[0];
