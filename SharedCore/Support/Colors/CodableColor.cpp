@@ -1,5 +1,9 @@
 #include "SharedCore/Support/Colors/CodableColor.h"
 
+#include <cmath>
+#include <string>
+#include <utility>
+
 #include <nlohmann/json.hpp>
 
 namespace kestrona {
@@ -38,6 +42,14 @@ CodableColor::CodableColor(const Color& color) {
 Color CodableColor::color() const { return Color::rgb(red, green, blue, alpha); }
 
 void to_json(nlohmann::json& json, const CodableColor& color) {
+  const std::pair<const char*, double> components[] = {
+      {"red", color.red}, {"green", color.green}, {"blue", color.blue}, {"alpha", color.alpha}};
+  for (const auto& [key, value] : components) {
+    if (!std::isfinite(value)) {
+      throw ColorEncodingError(ColorEncodingError::Code::invalidValue, {key},
+                               "Unable to encode " + std::to_string(value) + " directly in JSON.");
+    }
+  }
   json = nlohmann::json{{"red", color.red}, {"green", color.green}, {"blue", color.blue}, {"alpha", color.alpha}};
 }
 

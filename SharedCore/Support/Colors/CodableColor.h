@@ -6,6 +6,8 @@
 // when the value is not an object or a component is not a number (a
 // boolean is not one), valueNotFound when a component is null, keyNotFound
 // when one is absent, with that component's key as the coding path.
+// Encoding a component that is NaN or infinite, which JSON cannot carry,
+// throws ColorEncodingError (ColorEncodingError.h) instead of writing null.
 //
 // CodableColor(color) reads the components of color as they are (a dynamic
 // colour resolved against the calling thread's current appearance), with no
@@ -18,6 +20,7 @@
 
 #include "Platform/Color/Color.h"
 #include "SharedCore/Support/Colors/ColorDecodingError.h"
+#include "SharedCore/Support/Colors/ColorEncodingError.h"
 
 namespace kestrona {
 

@@ -243,6 +243,23 @@ TEST(CodableColorTest, DecodingFailuresAreTypedErrorsNamingTheKey) {
   EXPECT_EQ(target, CodableColor(1, 0, 0, 1));
 }
 
+TEST(CodableColorTest, ComponentsThatJSONCannotCarryAreRefused) {
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  const double infinity = std::numeric_limits<double>::infinity();
+  for (const auto& [color, key] : {std::pair(CodableColor(nan, 0, 0, 1), "red"),
+                                   std::pair(CodableColor(0, 0, -infinity, 1), "blue"),
+                                   std::pair(CodableColor(0, 0, 0, infinity), "alpha")}) {
+    try {
+      const nlohmann::json json = color;
+      ADD_FAILURE() << "encoded as " << json.dump();
+    } catch (const ColorEncodingError& error) {
+      EXPECT_EQ(error.domain(), "EncodingError");
+      EXPECT_EQ(error.kind(), ColorEncodingError::Code::invalidValue);
+      EXPECT_EQ(error.codingPath(), std::vector<std::string>{key});
+    }
+  }
+}
+
 TEST(CodableColorTest, ReadsComponentsWithoutConversion) {
   const CodableColor fromP3(Color::displayP3(1, 0, 0, 0.5));
   EXPECT_EQ(fromP3, CodableColor(1, 0, 0, 0.5));
