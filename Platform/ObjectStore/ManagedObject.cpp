@@ -44,15 +44,18 @@ void ManagedObject::setClassForEntityName(std::string entityName, Factory factor
 
 std::shared_ptr<ManagedObject> ManagedObjectContext::makeObject(const EntityDescription& entity,
                                                                 const ManagedObjectID& id) {
-  ManagedObject::Factory factory;
-  {
+  auto cached = factories_.find(&entity);
+  if (cached == factories_.end()) {
+    ManagedObject::Factory factory;
     auto& registry = classRegistry();
     std::lock_guard lock(registry.mutex);
     for (const EntityDescription* e = &entity; e && !factory; e = e->superentity()) {
       auto found = registry.factories.find(e->name());
       if (found != registry.factories.end()) factory = found->second;
     }
+    cached = factories_.emplace(&entity, std::move(factory)).first;
   }
+  const auto& factory = cached->second;
   ManagedObject::Construction construction(entity, this, id);
   if (factory) return factory(std::move(construction));
   return std::make_shared<ManagedObject>(std::move(construction));

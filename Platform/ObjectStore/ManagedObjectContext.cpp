@@ -376,21 +376,25 @@ void ManagedObjectContext::save() {
   auto coordinator = persistentStoreCoordinator();
   precondition(coordinator != nullptr, "A context needs a coordinator to save");
   PersistentStoreCoordinator::SaveRequest request;
+  request.mergePolicy = mergePolicy_;
   for (const auto& object : changed_) {
     if (object->deleted_) {
       request.deleted.push_back(object->objectID_);
     } else if (object->inserted_) {
-      request.inserted.push_back({object->objectID_, object->values_, {}});
+      request.inserted.push_back({object->objectID_, object->values_, {}, {}});
     } else if (object->isUpdated()) {
-      PersistentStoreCoordinator::RowChange change{object->objectID_, object->values_, {}};
+      PersistentStoreCoordinator::RowChange change{object->objectID_, object->values_, {}, object->committed_};
       for (std::size_t slot = 0; slot < object->values_.size(); ++slot) {
         if (!(object->values_[slot] == object->committed_[slot])) change.changedSlots.push_back(slot);
       }
       request.updated.push_back(std::move(change));
     }
   }
-  auto permanentIDs = coordinator->save(request);
-  applyPermanentIDs(permanentIDs);
+  auto saved = coordinator->save(request);
+  applyPermanentIDs(saved.permanentIDs);
+  for (auto& [id, row] : saved.mergedRows) {
+    if (auto object = objectRegisteredForID(id)) object->values_ = std::move(row);
+  }
   for (const auto& object : changed_) {
     if (object->deleted_) {
       registry_.erase(object->objectID_);

@@ -51,14 +51,6 @@ enum class ManagedObjectContextConcurrencyType : int {
   mainQueueConcurrencyType = 2,
 };
 
-enum class MergePolicyType : int {
-  errorMergePolicyType = 0,
-  mergeByPropertyStoreTrumpMergePolicyType = 1,
-  mergeByPropertyObjectTrumpMergePolicyType = 2,
-  overwriteMergePolicyType = 3,
-  rollbackMergePolicyType = 4,
-};
-
 class ManagedObjectContext : public std::enable_shared_from_this<ManagedObjectContext> {
  public:
   using ConcurrencyType = ManagedObjectContextConcurrencyType;
@@ -159,6 +151,8 @@ class ManagedObjectContext : public std::enable_shared_from_this<ManagedObjectCo
   // Temporary IDs that became permanent, for lookups by the old ID.
   std::unordered_map<ManagedObjectID, ManagedObjectID> permanentIDs_;
   std::unordered_set<std::shared_ptr<ManagedObject>> changed_;
+  // The class made for each entity, looked up once per context.
+  std::unordered_map<const EntityDescription*, ManagedObject::Factory> factories_;
   mutable std::mutex associatedMutex_;
   std::map<const void*, std::shared_ptr<void>> associated_;
 };

@@ -32,7 +32,8 @@ std::string ManagedObjectID::URIRepresentation() const {
 
 bool operator==(const ManagedObjectID& lhs, const ManagedObjectID& rhs) noexcept {
   return lhs.key_ == rhs.key_ && lhs.temporary_ == rhs.temporary_ && lhs.store_ == rhs.store_ &&
-         (lhs.entity_ == rhs.entity_ || lhs.entity_->rootEntity().name() == rhs.entity_->rootEntity().name());
+         (lhs.entity_ == rhs.entity_ || &lhs.entity_->rootEntity() == &rhs.entity_->rootEntity() ||
+          lhs.entity_->rootEntity().name() == rhs.entity_->rootEntity().name());
 }
 
 bool operator<(const ManagedObjectID& lhs, const ManagedObjectID& rhs) noexcept {
@@ -46,7 +47,7 @@ bool operator<(const ManagedObjectID& lhs, const ManagedObjectID& rhs) noexcept 
 
 std::size_t ManagedObjectID::hashValue() const noexcept {
   std::size_t hash = std::hash<UUID>{}(store_);
-  hash ^= std::hash<std::string>{}(entity_->rootEntity().name()) + 0x9e3779b97f4a7c15ULL + (hash << 6);
+  hash ^= entity_->hierarchyHash() + 0x9e3779b97f4a7c15ULL + (hash << 6);
   hash ^= std::hash<std::int64_t>{}(temporary_ ? -key_ : key_) + 0x9e3779b97f4a7c15ULL + (hash << 6);
   return hash;
 }

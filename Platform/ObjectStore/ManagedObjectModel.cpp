@@ -238,6 +238,7 @@ void ManagedObjectModel::link() {
     done.insert(&entity);
   };
   for (auto& entity : entities_) resolve(*entity);
+  for (auto& entity : entities_) entity->hierarchyHash_ = std::hash<std::string>{}(entity->rootEntity().name());
 
   for (auto& entity : entities_) {
     for (auto& relationship : entity->ownRelationships_) {

@@ -128,6 +128,8 @@ class EntityDescription {
   const RelationshipDescription* relationship(std::string_view name) const noexcept;
   // Number of value slots: attributes and to-one relationships.
   std::size_t slotCount() const noexcept { return slotCount_; }
+  // A hash of the root entity's name, the same in every model instance.
+  std::size_t hierarchyHash() const noexcept { return hierarchyHash_; }
   // Index lists named in the model (own and inherited).
   const std::vector<std::vector<std::string>>& indexes() const noexcept { return indexes_; }
 
@@ -149,6 +151,7 @@ class EntityDescription {
   std::map<std::string, const RelationshipDescription*, std::less<>> relationshipsByName_;
   std::vector<std::vector<std::string>> indexes_;
   std::size_t slotCount_ = 0;
+  std::size_t hierarchyHash_ = 0;
 };
 
 class ManagedObjectModel : public std::enable_shared_from_this<ManagedObjectModel> {

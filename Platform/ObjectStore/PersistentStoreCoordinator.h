@@ -45,6 +45,22 @@ class SQLiteDatabase;
 class SQLiteStatement;
 class StoreSchema;
 
+// How a save resolves a row that changed in the store since the context
+// read it: errorMergePolicyType fails the save (StoreError
+// managedObjectMerge, 133020, with the URIs of the objects under
+// "NSPersistentStoreSaveConflictsErrorKey"); the by-property policies keep,
+// for each property, the context's change (object trump) or the stored
+// value (store trump), and take the store's values for properties the
+// context did not change; overwrite writes the context's object whole;
+// rollback keeps the stored row whole.
+enum class MergePolicyType : int {
+  errorMergePolicyType = 0,
+  mergeByPropertyStoreTrumpMergePolicyType = 1,
+  mergeByPropertyObjectTrumpMergePolicyType = 2,
+  overwriteMergePolicyType = 3,
+  rollbackMergePolicyType = 4,
+};
+
 struct PersistentStoreOptions {
   // NSMigratePersistentStoresAutomaticallyOption
   bool migratePersistentStoresAutomatically = true;
@@ -103,16 +119,26 @@ class PersistentStoreCoordinator {
     // for an update.
     std::vector<Value> values;
     std::vector<std::size_t> changedSlots;
+    // For an update: the values the context last read, to find conflicts.
+    std::vector<Value> snapshot;
   };
   struct SaveRequest {
     std::vector<RowChange> inserted;  // IDs may be temporary
     std::vector<RowChange> updated;
     std::vector<ManagedObjectID> deleted;
+    MergePolicyType mergePolicy = MergePolicyType::errorMergePolicyType;
   };
-  // Writes all changes in one transaction, or none of them. Returns the
-  // permanent ID of each temporary ID in inserted, and to-one values that
-  // point at a temporary ID are stored as its new key.
-  std::map<ManagedObjectID, ManagedObjectID> save(const SaveRequest& request);
+  struct SaveResult {
+    // The permanent ID of each temporary ID that was inserted.
+    std::map<ManagedObjectID, ManagedObjectID> permanentIDs;
+    // The row as now stored, for each update that was merged with a
+    // change made in the store meanwhile.
+    std::map<ManagedObjectID, std::vector<Value>> mergedRows;
+  };
+  // Writes all changes in one transaction, or none of them. To-one values
+  // that point at a temporary ID are stored as its new key. Conflicts are
+  // resolved by the request's merge policy.
+  SaveResult save(const SaveRequest& request);
 
   // Runs read-only SQL with bindings; row is called for each result row.
   void query(const std::string& sql, const std::vector<Value>& bindings,
@@ -130,6 +156,7 @@ class PersistentStoreCoordinator {
   explicit PersistentStoreCoordinator(std::shared_ptr<const ManagedObjectModel> model);
   void openSchema(const PersistentStoreOptions& options);
   std::int64_t reserveKeys(const std::string& table, std::int64_t count);
+  std::optional<std::vector<Value>> loadRowLocked(const ManagedObjectID& id) const;
   Value storedValue(const AttributeDescription& attribute, const Value& value) const;
 
   std::shared_ptr<const ManagedObjectModel> model_;

@@ -102,14 +102,21 @@ PredicateSQLCompiler::Column PredicateSQLCompiler::column(const std::vector<std:
     if (relationship->isToMany()) unsupported("\"" + joined(keyPath) + "\" goes through a to-many relationship");
     std::string keyColumn = alias + "." + quoteIdentifier(columns[static_cast<std::size_t>(layout.slotColumn[relationship->slot()])].name);
     if (last) {
-      return Column{keyColumn,
-                    alias + "." + quoteIdentifier(columns[static_cast<std::size_t>(layout.slotEntityColumn[relationship->slot()])].name),
-                    nullptr, relationship};
+      // A destination without sub-entities has one entity code: no column
+      // needs reading (or grouping) for it.
+      const auto& destination = relationship->destinationEntity();
+      std::string entitySQL =
+          destination.subentities().empty()
+              ? std::to_string(schema_.entityCode(destination))
+              : alias + "." +
+                    quoteIdentifier(columns[static_cast<std::size_t>(layout.slotEntityColumn[relationship->slot()])].name);
+      return Column{keyColumn, entitySQL, nullptr, relationship};
     }
     path += (path.empty() ? "" : ".") + key;
     auto found = joinAliases_.find(path);
     if (found == joinAliases_.end()) {
-      std::string joinAlias = "j" + std::to_string(joins_.size() + 1);
+      std::string joinAlias = "j";
+      joinAlias += std::to_string(joins_.size() + 1);
       const auto& destination = schema_.table(relationship->destinationEntity());
       joins_.push_back(" LEFT JOIN " + quoteIdentifier(destination.name) + " AS " + joinAlias + " ON " + joinAlias +
                        ".pk = " + keyColumn);

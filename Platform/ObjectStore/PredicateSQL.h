@@ -27,7 +27,8 @@ class PredicateSQLCompiler {
  public:
   // What a key path resolves to: its SQL expression and the property at
   // its end (one of attribute or relationship is set). For a to-one, entitySQL
-  // is the destination's entity-code column.
+  // is the destination's entity-code column, or the code itself when the
+  // destination has no sub-entities.
   struct Column {
     std::string sql;
     std::string entitySQL;

@@ -22,6 +22,7 @@ enum class StoreErrorCode : std::int64_t {
   validationMissingMandatoryProperty = 1570,
   validationRelationshipDeniedDelete = 1600,
   managedObjectReferentialIntegrity = 133000,
+  managedObjectMerge = 133020,
   persistentStoreSave = 134030,
   persistentStoreOperation = 134070,
   persistentStoreOpen = 134080,
@@ -37,6 +38,8 @@ class StoreError : public CodedError<StoreErrorCode> {
   static constexpr const char* kKeyKey = "NSValidationErrorKey";
   static constexpr const char* kObjectURIKey = "NSValidationErrorObjectURI";
   static constexpr const char* kSQLiteCodeKey = "NSSQLiteErrorDomain";
+  // The URIs of the objects whose rows changed under a save.
+  static constexpr const char* kSaveConflictsKey = "NSPersistentStoreSaveConflictsErrorKey";
 
   StoreError(StoreErrorCode code, std::string description, ErrorUserInfo userInfo = {})
       : CodedError(kDomain, code, std::move(description), std::move(userInfo)) {}

@@ -55,7 +55,9 @@ StoreSchema::StoreSchema(const ManagedObjectModel& model, std::map<std::string, 
     Layout layout;
     layout.slotColumn.assign(entity->slotCount(), -1);
     layout.slotEntityColumn.assign(entity->slotCount(), -1);
+    layout.slotAttribute.assign(entity->slotCount(), nullptr);
     for (const auto& [name, attribute] : entity->attributesByName()) {
+      layout.slotAttribute[attribute->slot()] = attribute;
       layout.slotColumn[attribute->slot()] =
           columnIndex(name, columnType(attribute->attributeType()), attribute->defaultValue());
     }

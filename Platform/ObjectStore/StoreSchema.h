@@ -37,6 +37,7 @@ class StoreSchema {
     const Table* table = nullptr;
     std::vector<int> slotColumn;       // index into table->columns
     std::vector<int> slotEntityColumn; // for to-one slots: the "_ent" column; -1 otherwise
+    std::vector<const AttributeDescription*> slotAttribute;  // null for to-one slots
   };
 
   StoreSchema(const ManagedObjectModel& model, std::map<std::string, std::int64_t, std::less<>> entityCodes);

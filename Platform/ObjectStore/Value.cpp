@@ -85,14 +85,20 @@ std::string Value::description() const {
           std::snprintf(buffer, sizeof buffer, "date(%.6f)", value.timeIntervalSince1970());
           return buffer;
         } else if constexpr (std::is_same_v<T, Data>) {
-          return "<" + std::to_string(value.bytes.size()) + " bytes>";
+          std::string text = "<";
+          text += std::to_string(value.bytes.size());
+          return text + " bytes>";
         } else if constexpr (std::is_same_v<T, ManagedObjectID>) {
           return value.description();
         } else if constexpr (std::is_same_v<T, Value::Object>) {
-          return "object " + value->objectID().description();
+          std::string text = "object ";
+          return text + value->objectID().description();
         } else {
           std::string text = "(";
-          for (std::size_t i = 0; i < value.size(); ++i) text += (i ? ", " : "") + value[i].description();
+          for (std::size_t i = 0; i < value.size(); ++i) {
+            if (i) text += ", ";
+            text += value[i].description();
+          }
           return text + ")";
         }
       },

@@ -357,6 +357,62 @@ TEST(ManagedObjectContext, RefreshEitherDropsOrKeepsLocalChanges) {
   EXPECT_FALSE(store.context->hasChanges());
 }
 
+TEST(ManagedObjectContext, ConflictingSavesFollowTheMergePolicy) {
+  TestStore store;
+  auto original = makeTask(*store.context, "Original");
+  original->setValue(1, "order");
+  store.context->save();
+  auto id = original->objectID();
+  auto mine = store.newContext();
+  auto theirs = store.newContext();
+  auto ours = mine->existingObjectWithID(id);
+  auto other = theirs->existingObjectWithID(id);
+  other->setValue("Theirs", "name");
+  other->setValue(5, "order");
+  theirs->save();
+
+  // The default policy fails the save, names the object, writes nothing.
+  ours->setValue("Mine", "name");
+  try {
+    mine->save();
+    ADD_FAILURE() << "the conflicting save went through";
+  } catch (const StoreError& error) {
+    EXPECT_EQ(error.kind(), StoreErrorCode::managedObjectMerge);
+    auto uris = error.userInfoValue<std::vector<std::string>>(StoreError::kSaveConflictsKey);
+    ASSERT_NE(uris, nullptr);
+    EXPECT_EQ(*uris, std::vector<std::string>{id.URIRepresentation()});
+  }
+  EXPECT_TRUE(mine->hasChanges());
+  auto stored = [&] { return store.newContext()->existingObjectWithID(id); };
+  EXPECT_EQ(stored()->stringForKey("name"), "Theirs");
+
+  // Object trump: my change wins, their other change stays.
+  mine->setMergePolicy(MergePolicyType::mergeByPropertyObjectTrumpMergePolicyType);
+  mine->save();
+  EXPECT_EQ(ours->stringForKey("name"), "Mine");
+  EXPECT_EQ(ours->integerForKey("order"), 5);
+  EXPECT_EQ(stored()->stringForKey("name"), "Mine");
+  EXPECT_EQ(stored()->integerForKey("order"), 5);
+
+  // Store trump: their stored change of the name wins over mine, and my
+  // change of a property nobody else touched is written.
+  other->setValue("Again", "name");
+  other->setValue(7, "order");
+  theirs->setMergePolicy(MergePolicyType::mergeByPropertyStoreTrumpMergePolicyType);
+  theirs->save();
+  EXPECT_EQ(other->stringForKey("name"), "Mine");
+  EXPECT_EQ(stored()->stringForKey("name"), "Mine");
+  EXPECT_EQ(stored()->integerForKey("order"), 7);
+  EXPECT_FALSE(theirs->hasChanges());
+
+  // A row deleted meanwhile is a conflict whatever the policy.
+  auto deleter = store.newContext();
+  deleter->deleteObject(deleter->existingObjectWithID(id));
+  deleter->save();
+  ours->setValue("Late", "name");
+  EXPECT_EQ(failureOf([&] { mine->save(); }), StoreErrorCode::managedObjectMerge);
+}
+
 TEST(ManagedObjectContext, ChildContextSavesIntoItsParent) {
   TestStore store;
   auto parentTask = makeTask(*store.context, "Parent's");

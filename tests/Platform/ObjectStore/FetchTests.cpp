@@ -192,6 +192,25 @@ TEST_F(Fetching, DictionaryResultsGroupByATaskAndMergePendingChanges) {
   EXPECT_EQ(store.newContext()->fetchDictionaries(tracked).size(), 3u);
 }
 
+TEST_F(Fetching, GroupingByATaskKeepsEntriesWithoutOneAndSkipsEmptyTasks) {
+  auto& context = *store.context;
+  makeSession(context, nullptr, 10, 20, 7);
+  makeTask(context, "Idle");
+  context.save();
+  FetchRequest request("Session");
+  request.resultType = FetchRequestResultType::dictionaryResultType;
+  request.predicate = Predicate::withFormat("begin < %@", {Date(250)});
+  request.propertiesToFetch = {std::string("task"), sumOf("total", "confirmedDuration")};
+  request.propertiesToGroupBy = {"task"};
+  std::map<std::string, double> totals;
+  for (const auto& row : store.newContext()->fetchDictionaries(request)) {
+    auto task = row.find("task");
+    std::string name = task == row.end() ? "(none)" : *context.objectWithID(*task->second.get<ManagedObjectID>())->stringForKey("name");
+    totals[name] = *row.at("total").get<double>();
+  }
+  EXPECT_EQ(totals, (std::map<std::string, double>{{"A", 160}, {"(none)", 7}}));
+}
+
 TEST_F(Fetching, AnAggregateOverNothingIsEmptyButPresent) {
   auto nothing = Predicate::withFormat("begin > %@", {Date(1e9)});
   EXPECT_EQ(sum(*store.context, nothing), 0);
