@@ -44,6 +44,9 @@ std::optional<char32_t> codePoint(std::string_view text) {
     if (!isContinuationByte(text[index])) return std::nullopt;
     value = (value << 6) | (static_cast<unsigned char>(text[index]) & 0x3F);
   }
+  // An overlong form (a space written in two bytes) is not a character.
+  static constexpr char32_t kSmallest[] = {0, 0, 0x80, 0x800, 0x10000};
+  if (value < kSmallest[length]) return std::nullopt;
   return value;
 }
 

@@ -50,6 +50,8 @@ TEST(DisplayP3HexToRGBATest, UnicodeWhiteSpaceIsStrippedAndCharactersAreWhatARea
   // A zero-width space is not white space: the scan fails, and the eight
   // characters select the 32-bit form.
   EXPECT_EQ(displayP3HexToRGBA("\u200B#FF0048"), (RGBAComponents{0, 0, 0, 0}));
+  // Nor is a space in an overlong two-byte form, which is not UTF-8.
+  EXPECT_EQ(displayP3HexToRGBA("\xC0\xA0#FF0048"), (RGBAComponents{0, 0, 0, 0}));
 }
 
 TEST(DisplayP3HexToRGBATest, FailedScansReadAsZero) {
