@@ -7,8 +7,8 @@
 //
 // PrivateContextQueue serialises blocks with a lock and runs each on the
 // calling thread, as a private-queue context's performAndWait does.
-// makeMainContextQueue (ManagedObjectContext.cpp) gives the main loop's
-// queue for main-queue contexts. Both are thread-safe.
+// MainContextQueue runs them on a main loop, for main-queue contexts. Both
+// are thread-safe.
 #pragma once
 
 #include <atomic>
@@ -34,10 +34,6 @@ class PrivateContextQueue final : public ContextQueue {
   std::mutex mutex_;
   std::atomic<std::thread::id> owner_{};
 };
-
-}  // namespace kestrona
-
-namespace kestrona {
 
 class MainLoop;
 
