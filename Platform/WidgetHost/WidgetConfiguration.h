@@ -10,8 +10,9 @@
 // with no options a user can set. The provider is copied into the
 // configuration and shared by its copies; it must be callable from the host's
 // thread. The optional settings return a changed copy, so a configuration
-// reads as one expression. Every operation forwards to the provider and
-// calls the completion exactly once.
+// reads as one expression. Every operation forwards to the provider; the
+// completion is called when the provider calls its own, which may be later,
+// from any thread.
 //
 // A value: copies share the provider, which is immutable. The operations
 // may be called from any one thread at a time per provider.
@@ -105,10 +106,10 @@ WidgetConfiguration WidgetConfiguration::staticConfiguration(std::string kind, P
     return AnyTimelineEntry(shared->placeholder(context));
   };
   erased->getSnapshot = [shared](const TimelineProviderContext& context, const SnapshotCompletion& completion) {
-    shared->getSnapshot(context, [&completion](Entry entry) { completion(AnyTimelineEntry(std::move(entry))); });
+    shared->getSnapshot(context, [completion](Entry entry) { completion(AnyTimelineEntry(std::move(entry))); });
   };
   erased->getTimeline = [shared](const TimelineProviderContext& context, const TimelineCompletion& completion) {
-    shared->getTimeline(context, [&completion](Timeline<Entry> timeline) {
+    shared->getTimeline(context, [completion](Timeline<Entry> timeline) {
       AnyTimeline erasedTimeline{.entries = {}, .policy = timeline.policy};
       erasedTimeline.entries.reserve(timeline.entries.size());
       for (Entry& entry : timeline.entries) erasedTimeline.entries.emplace_back(std::move(entry));
