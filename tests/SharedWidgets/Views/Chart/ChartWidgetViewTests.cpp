@@ -39,6 +39,13 @@ TEST(ChartTotalsTest, TheDailyAverageCountsOnlyDaysWithValue) {
   EXPECT_DOUBLE_EQ(chartDailyAverage(week), 2 * kHour);
 
   EXPECT_DOUBLE_EQ(chartDailyAverage(bars(utcDay(2026, 11, 23), {{}, {}})), 0);
+
+  // A widget with no bars shows zeros and an empty chart.
+  const auto empty = layOutForTest(
+      ChartWidgetView::forTimeTracked({}, ChartView::DateRangeType::weekly, WidgetFamily::systemMedium).body(),
+      widgetcanvas::kMedium);
+  EXPECT_NE(empty.findText("0:00"), nullptr);
+  EXPECT_TRUE(empty.nodesOfKind(ViewKind::clip).empty());
 }
 
 TEST(ChartWidgetViewTest, TimeTrackedWidgetsShowTotalAndAverageAsHoursAndMinutes) {
