@@ -39,8 +39,7 @@ View RecentTaskPlateView::body() const {
                .foregroundColor(withOpacity(Color::white(), kIdleTimeOpacity));
     icon = bundle->image("RecentTaskPlayIcon").tint(task.taskColor.color());
   }
-  const View lowerRow =
-      HStack(VerticalAlignment::center, 0, {time, icon.padding(EdgeInsets{.top = 2, .leading = 4})});
+  const View lowerRow = HStack(VerticalAlignment::center, 0, {time, icon.padding(EdgeInsets{.top = 2, .leading = 4})});
 
   const Color background = begin ? task.taskBackgroundColorOptimizedForLightContent.color()
                                  : withOpacity(Color::white(), kIdleBackgroundOpacity);

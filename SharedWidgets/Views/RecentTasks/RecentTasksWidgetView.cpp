@@ -16,14 +16,13 @@ constexpr double kColumnSpacing = 10;
 constexpr double kEmptyTextOpacity = 0.6;
 
 View emptyState() {
-  return Text(localizedString("widget.recentTasks.empty", "No Recent Tasks", "Recent tasks widget with no tasks to show"))
+  return Text(localizedString("widget.recentTasks.empty", "No Recent Tasks",
+                              "Recent tasks widget with no tasks to show"))
       .font(Font::system(17, Font::Weight::bold))
       .foregroundColor(withOpacity(Color::white(), kEmptyTextOpacity));
 }
 
-View emptyCell() {
-  return EmptyView().frame(FlexibleFrame{.maxWidth = kInfinity, .maxHeight = kInfinity});
-}
+View emptyCell() { return EmptyView().frame(FlexibleFrame{.maxWidth = kInfinity, .maxHeight = kInfinity}); }
 
 }  // namespace
 
@@ -72,7 +71,9 @@ TimerWidgetAppIntent recentTaskAppIntent(const RecentTaskVO& task) {
 }
 
 RecentTasksWidgetView::PlateAction recentTaskPlateAction() {
-  return [](const View& plate, const RecentTaskVO& task) { return plate.pressTarget(AnyAppIntent(recentTaskAppIntent(task))); };
+  return [](const View& plate, const RecentTaskVO& task) {
+    return plate.pressTarget(AnyAppIntent(recentTaskAppIntent(task)));
+  };
 }
 
 RecentTasksWidgetView makeRecentTasksWidgetView(const RecentTasksEntry& entry, WidgetFamily family) {

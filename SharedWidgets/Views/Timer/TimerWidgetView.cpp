@@ -15,6 +15,10 @@ namespace {
 
 constexpr double kRunningLayerOpacity = 0.3;
 constexpr double kPlayImageLeadingInset = 3;
+// The picture that stands in for the button when there is no main action.
+constexpr double kPictureInset = 3;
+// The gap between the button and the duration under it.
+constexpr double kDurationGapUnderButton = 2;
 constexpr double kTextsSpacing = 2;
 constexpr double kTextsMinimumScaleFactor = 0.8;
 
@@ -39,7 +43,8 @@ View TimerWidgetView::body() const {
   const bool isRunning = entry.isTimerRunning();
 
   std::vector<View> lines;
-  if (entry.folderName) lines.push_back(lineOfText(*entry.folderName, metrics.folderNameFont, WidgetColors::secondaryLabel()));
+  if (entry.folderName)
+    lines.push_back(lineOfText(*entry.folderName, metrics.folderNameFont, WidgetColors::secondaryLabel()));
   if (entry.taskName) lines.push_back(lineOfText(*entry.taskName, metrics.taskNameFont, Color::white()));
   const View texts = VStack(HorizontalAlignment::leading, kTextsSpacing, std::move(lines));
 
@@ -63,7 +68,7 @@ View TimerWidgetView::body() const {
   } else {
     button = bundle->image(isRunning ? pauseName : playName)
                  .tint(entry.taskColor)
-                 .padding(EdgeInsets{.top = kPlayImageLeadingInset, .leading = kPlayImageLeadingInset});
+                 .padding(EdgeInsets{.top = kPictureInset, .leading = kPictureInset});
   }
 
   const View duration =
@@ -72,9 +77,10 @@ View TimerWidgetView::body() const {
 
   View content;
   if (metrics.durationUnderButton) {
-    const View column =
-        VStack(HorizontalAlignment::trailing, 0, {button, duration.padding(Edge::top, mainAction ? 2 : 0)});
-    content = VStack(HorizontalAlignment::center, 0, {HStack(VerticalAlignment::top, std::nullopt, {texts, column}), Spacer(0)});
+    const View column = VStack(HorizontalAlignment::trailing, 0,
+                               {button, duration.padding(Edge::top, mainAction ? kDurationGapUnderButton : 0)});
+    content = VStack(HorizontalAlignment::center, 0,
+                     {HStack(VerticalAlignment::top, std::nullopt, {texts, column}), Spacer(0)});
   } else {
     content = VStack(HorizontalAlignment::center, 0,
                      {HStack(VerticalAlignment::top, std::nullopt, {texts, button}), Spacer(0), duration});
@@ -97,8 +103,10 @@ TimerWidgetView::MainAction timerWidgetMainAction(const TimerWidgetEntry& entry)
 }
 
 TimerWidgetView makeTimerWidgetView(const TimerWidgetEntry& entry, WidgetFamily family) {
-  return TimerWidgetView{
-      .entry = entry, .mainAction = timerWidgetMainAction(entry), .bundle = &WidgetAssetCatalog::module(), .family = family};
+  return TimerWidgetView{.entry = entry,
+                         .mainAction = timerWidgetMainAction(entry),
+                         .bundle = &WidgetAssetCatalog::module(),
+                         .family = family};
 }
 
 }  // namespace kestrona

@@ -39,9 +39,9 @@ Color withOpacity(const Color& color, double opacity) {
   if (color.isDynamic()) {
     // Dynamic colours are equal when their names are, so the name tells the
     // factor too.
-    return Color::dynamic(color.name() + " at opacity " + std::to_string(factor), [color, factor](const Appearance& appearance) {
-      return withOpacity(color.resolved(appearance), factor);
-    });
+    return Color::dynamic(
+        color.name() + " at opacity " + std::to_string(factor),
+        [color, factor](const Appearance& appearance) { return withOpacity(color.resolved(appearance), factor); });
   }
   const RGBAComponents components = color.components();
   const double alpha = components.alpha * factor;

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include "Platform/Time/Clock.h"
 #include "Platform/View/WidgetCanvas.h"
 #include "SharedWidgets/Timelines/RecentTasksTimelineProvider.h"
 #include "SharedWidgets/Views/RecentTasks/RecentTasksWidgetView.h"
@@ -21,10 +20,11 @@ TEST(RecentTasksWidgetRenderingTest, DrawsTheSampleAndTheEmptyStateInEveryFamily
                   {WidgetFamily::systemLarge, widgetcanvas::kLarge}};
   for (const auto& family : families) {
     const std::string name = "recentTasks-" + std::string(rawValue(family.family));
-    testing::renderWidgetFiles(makeRecentTasksWidgetView(RecentTasksTimelineProvider::sampleEntry(), family.family).body(),
-                               family.canvas, directory.path(), name + "-sample");
-    testing::renderWidgetFiles(makeRecentTasksWidgetView(empty, family.family).body(), family.canvas,
-                               directory.path(), name + "-empty");
+    testing::renderWidgetFiles(
+        makeRecentTasksWidgetView(RecentTasksTimelineProvider::sampleEntry(), family.family).body(), family.canvas,
+        directory.path(), name + "-sample");
+    testing::renderWidgetFiles(makeRecentTasksWidgetView(empty, family.family).body(), family.canvas, directory.path(),
+                               name + "-empty");
   }
 }
 

@@ -125,8 +125,8 @@ TEST(RecentTasksWidgetViewTest, GridHasTheFamilysCellsAndLeavesMissingTasksEmpty
 }
 
 TEST(RecentTasksWidgetViewTest, IdlePlateShowsHoursAndMinutesAndAPlaySignInTheTaskColour) {
-  const LayoutTree tree = layOutRecentTasks(RecentTasksEntry{.date = kNow, .tasks = {idleTask("Concept")}},
-                                            WidgetFamily::systemMedium);
+  const LayoutTree tree =
+      layOutRecentTasks(RecentTasksEntry{.date = kNow, .tasks = {idleTask("Concept")}}, WidgetFamily::systemMedium);
   const LaidOutNode& plate = *plates(tree).at(0);
   expectColor(*plate.color, {1, 1, 1, 0.1});
   EXPECT_EQ(plate.as<ShapeNode>()->shape.style(), RoundedCornerStyle::continuous);
@@ -157,8 +157,8 @@ TEST(RecentTasksWidgetViewTest, IdlePlateShowsHoursAndMinutesAndAPlaySignInTheTa
 }
 
 TEST(RecentTasksWidgetViewTest, RunningPlateCountsFromTheEntrysBeginAndShowsAPauseSign) {
-  const LayoutTree tree = layOutRecentTasks(RecentTasksEntry{.date = kNow, .tasks = {runningTask("Sketching")}},
-                                            WidgetFamily::systemSmall);
+  const LayoutTree tree =
+      layOutRecentTasks(RecentTasksEntry{.date = kNow, .tasks = {runningTask("Sketching")}}, WidgetFamily::systemSmall);
   // Begun 65 seconds ago; its 8280 confirmed seconds are not added.
   const LaidOutNode* time = tree.findText("1:05");
   ASSERT_NE(time, nullptr);
@@ -196,7 +196,8 @@ TEST_F(RecentTasksPressTest, PlatesPauseTheRunningTaskAndStartAnyOther) {
 }
 
 TEST_F(RecentTasksPressTest, WithoutPlateActionPlatesOnlyOpenTheApplication) {
-  const RecentTasksWidgetView view{.entry = entryOf(2), .plateAction = std::nullopt, .family = WidgetFamily::systemSmall};
+  const RecentTasksWidgetView view{
+      .entry = entryOf(2), .plateAction = std::nullopt, .family = WidgetFamily::systemSmall};
   const LayoutTree tree = layOutWidget(view.body(), widgetcanvas::kSmall);
   EXPECT_TRUE(tree.nodesOfKind(ViewKind::pressTarget).empty());
   EXPECT_EQ(pressAt(tree, *plates(tree).at(0)), "link deeplink-openApp://");

@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
 #include "Platform/Time/Clock.h"
+#include "Platform/View/WidgetCanvas.h"
 #include "SharedWidgets/Timelines/TimerWidgetTimelineProvider.h"
 #include "SharedWidgets/Views/Timer/DurationView.h"
 #include "SharedWidgets/Views/Timer/TimerWidgetView.h"
-#include "Platform/View/WidgetCanvas.h"
 #include "tests/SharedWidgets/Timelines/TimelineTestSupport.h"
 #include "tests/SharedWidgets/Views/Timer/WidgetViewTestSupport.h"
 
@@ -296,7 +296,10 @@ TEST_F(TimerWidgetPressTest, APressBesideTheButtonOpensTheApplication) {
 }
 
 TEST_F(TimerWidgetPressTest, WithoutMainActionTheButtonIsAPictureThatOpensTheApplication) {
-  const TimerWidgetView view{.entry = runningEntry(), .mainAction = std::nullopt, .bundle = &WidgetAssetCatalog::module(), .family = WidgetFamily::systemMedium};
+  const TimerWidgetView view{.entry = runningEntry(),
+                             .mainAction = std::nullopt,
+                             .bundle = &WidgetAssetCatalog::module(),
+                             .family = WidgetFamily::systemMedium};
   const LayoutTree tree = layOutWidget(view.body(), widgetcanvas::kMedium);
   EXPECT_TRUE(tree.nodesOfKind(ViewKind::pressTarget).empty());
   const auto images = tree.nodesOfKind(ViewKind::image);
@@ -309,7 +312,10 @@ TEST_F(TimerWidgetPressTest, WithoutMainActionTheButtonIsAPictureThatOpensTheApp
   // The duration follows the picture with no gap.
   EXPECT_NEAR(textNode(tree, "1:02:05").frame.minY(), 66, 1e-9);
 
-  const TimerWidgetView idle{.entry = finishedEntry(), .mainAction = std::nullopt, .bundle = &WidgetAssetCatalog::module(), .family = WidgetFamily::systemSmall};
+  const TimerWidgetView idle{.entry = finishedEntry(),
+                             .mainAction = std::nullopt,
+                             .bundle = &WidgetAssetCatalog::module(),
+                             .family = WidgetFamily::systemSmall};
   const LayoutTree idleTree = layOutWidget(idle.body(), widgetcanvas::kSmall);
   const auto idleImages = idleTree.nodesOfKind(ViewKind::image);
   ASSERT_EQ(idleImages.size(), 1u);
@@ -329,7 +335,8 @@ class DurationViewTest : public ::testing::Test {
 };
 
 TEST_F(DurationViewTest, FinishedEntryShowsItsLengthAndNeverANegativeOne) {
-  DurationView view{.isRunning = false, .begin = kNow.addingTimeInterval(-90000), .end = kNow.addingTimeInterval(-89999.5)};
+  DurationView view{
+      .isRunning = false, .begin = kNow.addingTimeInterval(-90000), .end = kNow.addingTimeInterval(-89999.5)};
   EXPECT_EQ(durationText(view), "0:00:00");
   view.end = kNow.addingTimeInterval(-90000 + 3725.9);
   EXPECT_EQ(durationText(view), "1:02:05");
