@@ -395,17 +395,7 @@ void ManagedObjectContext::save() {
   for (auto& [id, row] : saved.mergedRows) {
     if (auto object = objectRegisteredForID(id)) object->values_ = std::move(row);
   }
-  for (const auto& object : changed_) {
-    if (object->deleted_) {
-      registry_.erase(object->objectID_);
-      object->state_ = ManagedObject::FaultingState::unusable;
-      object->context_ = nullptr;
-      continue;
-    }
-    object->committed_ = object->values_;
-    object->inserted_ = false;
-  }
-  changed_.clear();
+  markChangesSaved();
 }
 
 void ManagedObjectContext::saveToParent() {
@@ -440,7 +430,11 @@ void ManagedObjectContext::saveToParent() {
       parent->deleteObject(copy);
     }
   });
-  for (const auto& object : changes) {
+  markChangesSaved();
+}
+
+void ManagedObjectContext::markChangesSaved() {
+  for (const auto& object : changed_) {
     if (object->deleted_) {
       registry_.erase(object->objectID_);
       object->state_ = ManagedObject::FaultingState::unusable;

@@ -133,6 +133,9 @@ class ManagedObjectContext : public std::enable_shared_from_this<ManagedObjectCo
   void applyPermanentIDs(const std::map<ManagedObjectID, ManagedObjectID>& permanentIDs);
   void validateForSave() const;
   void saveToParent();
+  // After a save reached the parent or the store: deleted objects leave the
+  // registry and become unusable, the others take their values as committed.
+  void markChangesSaved();
   void forget(ManagedObject& object);
   // The stored values of a row (the parent's current values for a child).
   std::optional<std::vector<Value>> loadValues(const ManagedObjectID& id);
