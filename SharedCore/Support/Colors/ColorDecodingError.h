@@ -16,7 +16,7 @@
 #include <string_view>
 #include <vector>
 
-#include "Platform/Foundation/Error.h"
+#include "SharedCore/Support/Colors/ColorCodingError.h"
 
 namespace kestrona {
 
@@ -29,15 +29,13 @@ enum class ColorDecodingErrorCode {
   keyNotFound,
 };
 
-class ColorDecodingError : public CodedError<ColorDecodingErrorCode> {
+class ColorDecodingError : public ColorCodingError<ColorDecodingErrorCode> {
  public:
   using Code = ColorDecodingErrorCode;
   static constexpr std::string_view kDomain = "DecodingError";
 
-  ColorDecodingError(Code code, std::vector<std::string> codingPath, std::string debugDescription);
-
-  std::vector<std::string> codingPath() const;
-  std::string debugDescription() const;
+  ColorDecodingError(Code code, std::vector<std::string> codingPath, std::string debugDescription)
+      : ColorCodingError(kDomain, code, std::move(codingPath), std::move(debugDescription)) {}
 };
 
 }  // namespace kestrona

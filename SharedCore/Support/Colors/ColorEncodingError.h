@@ -15,7 +15,7 @@
 #include <string_view>
 #include <vector>
 
-#include "Platform/Foundation/Error.h"
+#include "SharedCore/Support/Colors/ColorCodingError.h"
 
 namespace kestrona {
 
@@ -24,15 +24,13 @@ enum class ColorEncodingErrorCode {
   invalidValue,
 };
 
-class ColorEncodingError : public CodedError<ColorEncodingErrorCode> {
+class ColorEncodingError : public ColorCodingError<ColorEncodingErrorCode> {
  public:
   using Code = ColorEncodingErrorCode;
   static constexpr std::string_view kDomain = "EncodingError";
 
-  ColorEncodingError(Code code, std::vector<std::string> codingPath, std::string debugDescription);
-
-  std::vector<std::string> codingPath() const;
-  std::string debugDescription() const;
+  ColorEncodingError(Code code, std::vector<std::string> codingPath, std::string debugDescription)
+      : ColorCodingError(kDomain, code, std::move(codingPath), std::move(debugDescription)) {}
 };
 
 }  // namespace kestrona
