@@ -12,6 +12,7 @@
 // any thread.
 #pragma once
 
+#include <any>
 #include <cstdint>
 #include <exception>
 #include <map>
@@ -23,10 +24,26 @@
 
 namespace kestrona {
 
-// A value in an error's user info: text, an integer, a floating-point number
-// or a list of texts. Never a live object, so errors outlive what failed.
-using ErrorUserInfoValue = std::variant<std::string, std::int64_t, double, std::vector<std::string>>;
+// What the plain kinds of user info cannot hold: a live object (a managed
+// object, a conflict record), a nested error (std::shared_ptr<const Error>),
+// a date, or a list or dictionary of such values (ErrorUserInfoArray,
+// ErrorUserInfo). The explicit wrapper keeps text and numbers out of it.
+//
+// An error that holds a live object belongs to the thread of that object:
+// before it leaves that thread it is detached, which turns live objects into
+// URI strings (see the store stack's detachedFromManagedObjects). Errors made
+// only of the plain kinds may go anywhere.
+struct ErrorUserInfoObject {
+  explicit ErrorUserInfoObject(std::any object) : value(std::move(object)) {}
+  std::any value;
+};
+
+// A value in an error's user info: text, an integer, a floating-point
+// number, a list of texts, or an object as above.
+using ErrorUserInfoValue =
+    std::variant<std::string, std::int64_t, double, std::vector<std::string>, ErrorUserInfoObject>;
 using ErrorUserInfo = std::map<std::string, ErrorUserInfoValue, std::less<>>;
+using ErrorUserInfoArray = std::vector<ErrorUserInfoValue>;
 
 class Error : public std::exception {
  public:
@@ -45,6 +62,12 @@ class Error : public std::exception {
   const T* userInfoValue(std::string_view key) const noexcept {
     auto found = userInfo_.find(key);
     return found == userInfo_.end() ? nullptr : std::get_if<T>(&found->second);
+  }
+  // The object of type T kept under key as an ErrorUserInfoObject, or null.
+  template <typename T>
+  const T* userInfoObject(std::string_view key) const noexcept {
+    const auto* object = userInfoValue<ErrorUserInfoObject>(key);
+    return object == nullptr ? nullptr : std::any_cast<T>(&object->value);
   }
 
   bool is(std::string_view domain, std::int64_t code) const noexcept {

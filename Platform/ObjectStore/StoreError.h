@@ -38,8 +38,11 @@ class StoreError : public CodedError<StoreErrorCode> {
   static constexpr const char* kKeyKey = "NSValidationErrorKey";
   static constexpr const char* kObjectURIKey = "NSValidationErrorObjectURI";
   static constexpr const char* kSQLiteCodeKey = "NSSQLiteErrorDomain";
-  // The URIs of the objects whose rows changed under a save.
+  // The conflict records of a failed save (see MergeConflict.h).
   static constexpr const char* kSaveConflictsKey = "NSPersistentStoreSaveConflictsErrorKey";
+  // The object a validation error is about, as an ErrorUserInfoObject
+  // holding its std::shared_ptr<ManagedObject>.
+  static constexpr const char* kValidationObjectKey = "NSValidationErrorObject";
 
   StoreError(StoreErrorCode code, std::string description, ErrorUserInfo userInfo = {})
       : CodedError(kDomain, code, std::move(description), std::move(userInfo)) {}
