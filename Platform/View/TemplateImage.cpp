@@ -8,8 +8,11 @@ TemplateSymbolOutline templateSymbolOutline(TemplateSymbol symbol, double edge) 
     case TemplateSymbol::play: {
       // An equilateral-looking triangle whose centroid, not its bounding
       // box, sits on the centre: a play sign boxed in the middle looks
-      // pushed to the left.
-      const double height = edge * 0.4;
+      // pushed to the left. Half the edge high, so that the sign grown
+      // fivefold behind a running timer's pause sign covers the whole round
+      // button, even when set off the centre by a leading inset, instead of
+      // leaving a sliver of the button's own colour at its side.
+      const double height = edge * 0.5;
       const double width = height * 0.9;
       const double centroidX = edge / 2;
       const double left = centroidX - width / 3;
@@ -19,7 +22,7 @@ TemplateSymbolOutline templateSymbolOutline(TemplateSymbol symbol, double edge) 
       break;
     }
     case TemplateSymbol::pause: {
-      const double height = edge * 0.4;
+      const double height = edge * 0.5;
       const double barWidth = edge * 0.12;
       const double gap = edge * 0.1;
       const double top = (edge - height) / 2;

@@ -5,8 +5,8 @@
 // scale; the tint colour is given by the view (a template image has no
 // colour of its own). An image has a fixed square size in points, its edge
 // length, and draws its sign inside that square:
-//   play: a triangle with rounded corners pointing right, 40% of the edge
-//     high, its visual centre on the square's centre;
+//   play: a triangle with rounded corners pointing right, 50% of the edge
+//     high and 45% wide, its centroid on the square's centre;
 //   pause: two upright bars with rounded ends, 40% of the edge high;
 //   smallPlay: a triangle with rounded corners filling 10 x 12 of a 12-point
 //     square (its natural edge), as the plates' small play sign.
