@@ -22,4 +22,9 @@ bool MainContextQueue::isCurrent() const { return loop_.isMainThread(); }
 
 void MainContextQueue::runAndWait(const std::function<void()>& block) { loop_.performAndWait(block); }
 
+bool MainContextQueue::post(std::function<void()> block) {
+  loop_.post(std::move(block));
+  return true;
+}
+
 }  // namespace kestrona

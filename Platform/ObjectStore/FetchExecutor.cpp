@@ -220,18 +220,22 @@ std::vector<std::shared_ptr<ManagedObject>> FetchExecutor::objects() {
   struct Row {
     ManagedObjectID id;
     std::vector<Value> values;
+    std::int64_t version = 0;
   };
   std::vector<Row> rows;
   coordinator_->query(sql, compiler_.bindings(), [&](const SQLiteStatement& row) {
     auto entity = schema_.entityForCode(row.int64(1));
     if (!entity) return;
+    bool values = request_.includesPropertyValues;
     rows.push_back({ManagedObjectID::permanent(coordinator_->storeIdentifier(), entity->entityPointer(), row.int64(0)),
-                    request_.includesPropertyValues ? coordinator_->decodeRow(*entity, row) : std::vector<Value>()});
+                    values ? coordinator_->decodeRow(*entity, row) : std::vector<Value>(),
+                    values ? coordinator_->decodeVersion(*entity, row) : 0});
   });
   std::vector<std::shared_ptr<ManagedObject>> result;
   result.reserve(rows.size() + candidates_.size());
   for (auto& row : rows) {
-    result.push_back(context_.registerFetched(row.id, std::move(row.values), request_.returnsObjectsAsFaults));
+    result.push_back(
+        context_.registerFetched(row.id, std::move(row.values), row.version, request_.returnsObjectsAsFaults));
   }
   bool merged = false;
   for (const auto& candidate : candidates_) {
@@ -277,9 +281,10 @@ std::vector<std::shared_ptr<ManagedObject>> FetchExecutor::objects() {
                           if (!entity) return;
                           destinations.push_back({ManagedObjectID::permanent(coordinator_->storeIdentifier(),
                                                                              entity->entityPointer(), row.int64(0)),
-                                                  coordinator_->decodeRow(*entity, row)});
+                                                  coordinator_->decodeRow(*entity, row),
+                                                  coordinator_->decodeVersion(*entity, row)});
                         });
-    for (auto& row : destinations) context_.registerFetched(row.id, std::move(row.values), false);
+    for (auto& row : destinations) context_.registerFetched(row.id, std::move(row.values), row.version, false);
   }
   return result;
 }

@@ -4,6 +4,7 @@
 #include <limits>
 #include <mutex>
 #include <set>
+#include <utility>
 
 #include "Platform/ObjectStore/ManagedObjectContext.h"
 #include "Platform/ObjectStore/StoreError.h"
@@ -28,6 +29,58 @@ ClassRegistry& classRegistry() {
 }
 
 }  // namespace
+
+// One observer of a key path. firstKey is the key on this object; rest, when
+// not empty, is observed on the destination of firstKey through child.
+struct ManagedObject::Observation {
+  std::uint64_t id = 0;
+  std::string keyPath;
+  std::string firstKey;
+  std::string rest;
+  KeyValueObservingOptions options = 0;
+  ObservationCallback callback;
+  bool active = true;
+  // Open will-change announcements that touch this observer, and the value
+  // before the outermost of them.
+  int depth = 0;
+  Value oldValue;
+  KeyValueObservation child;
+};
+
+// The observers of one object; made on the first observe(). The lock keeps
+// the list whole when a KeyValueObservation is dropped on another thread;
+// callbacks run without it.
+struct ManagedObject::ObservationInfo {
+  std::mutex mutex;
+  std::vector<std::shared_ptr<Observation>> observations;
+  std::uint64_t nextID = 1;
+
+  std::vector<std::shared_ptr<Observation>> snapshot() {
+    std::lock_guard lock(mutex);
+    return observations;
+  }
+};
+
+KeyValueObservation::KeyValueObservation(KeyValueObservation&& other) noexcept
+    : object_(std::move(other.object_)), id_(std::exchange(other.id_, 0)) {}
+
+KeyValueObservation& KeyValueObservation::operator=(KeyValueObservation&& other) noexcept {
+  if (this != &other) {
+    invalidate();
+    object_ = std::move(other.object_);
+    id_ = std::exchange(other.id_, 0);
+  }
+  return *this;
+}
+
+KeyValueObservation::~KeyValueObservation() { invalidate(); }
+
+void KeyValueObservation::invalidate() noexcept {
+  if (id_ == 0) return;
+  if (auto object = object_.lock()) object->removeObservation(id_);
+  object_.reset();
+  id_ = 0;
+}
 
 ManagedObject::ManagedObject(Construction construction)
     : entity_(construction.entity_),
@@ -99,8 +152,9 @@ void ManagedObject::fireFault() {
                      "The object " + objectID_.description() + " is gone from the store",
                      {{StoreError::kObjectURIKey, objectID_.URIRepresentation()}});
   }
-  committed_ = *row;
-  values_ = std::move(*row);
+  committed_ = row->values;
+  values_ = std::move(row->values);
+  version_ = row->version;
   state_ = FaultingState::loaded;
 }
 
@@ -128,6 +182,10 @@ Value ManagedObject::valueForKey(std::string_view key) {
     if (id.isNil() || !context_) return id;
     return Value(context_->objectWithID(*id.get<ManagedObjectID>()));
   }
+  return valueForUndefinedKey(key);
+}
+
+Value ManagedObject::valueForUndefinedKey(std::string_view key) {
   invalid("The entity " + entity_->name() + " has no property \"" + std::string(key) + "\"", *entity_, key);
 }
 
@@ -184,7 +242,10 @@ void ManagedObject::setValue(const Value& value, std::string_view key) {
   requireUsable();
   if (deleted_) invalid("The object " + objectID_.description() + " is deleted", *entity_, key);
   if (auto attribute = entity_->attribute(key)) {
-    setSlot(attribute->slot(), coerced(*attribute, value));
+    Value converted = coerced(*attribute, value);
+    willChangeValueForKey(key);
+    setSlot(attribute->slot(), std::move(converted));
+    didChangeValueForKey(key);
     return;
   }
   auto relationship = entity_->relationship(key);
@@ -220,10 +281,12 @@ void ManagedObject::setValue(const Value& value, std::string_view key) {
   }
   const auto& inverse = relationship->inverseRelationship();
   auto self = shared_from_this();
+  willChangeValueForKey(key);
   for (auto& current : toMany(*relationship)) {
     if (std::find(wanted.begin(), wanted.end(), current) == wanted.end()) current->setToOne(inverse, nullptr);
   }
   for (auto& object : wanted) object->setToOne(inverse, self);
+  didChangeValueForKey(key);
 }
 
 void ManagedObject::setToOne(const RelationshipDescription& relationship,
@@ -232,22 +295,29 @@ void ManagedObject::setToOne(const RelationshipDescription& relationship,
   std::optional<ManagedObjectID> oldID = current.objectID();
   if (destination ? (oldID && *oldID == destination->objectID()) : !oldID) return;
   const auto& inverse = relationship.inverseRelationship();
+  std::shared_ptr<ManagedObject> old = oldID ? context_->objectWithID(*oldID) : nullptr;
+  std::shared_ptr<ManagedObject> other;
+  if (!inverse.isToMany() && destination) {
+    if (auto theirs = destination->slotValue(inverse.slot()).objectID(); theirs && !(*theirs == objectID_)) {
+      other = context_->objectWithID(*theirs);
+    }
+  }
+  // Every object whose side changes announces it, before and after.
+  std::vector<std::pair<ManagedObject*, const std::string*>> announced{{this, &relationship.name()}};
+  if (old) announced.emplace_back(old.get(), &inverse.name());
+  if (destination) announced.emplace_back(destination.get(), &inverse.name());
+  if (other) announced.emplace_back(other.get(), &relationship.name());
+  for (const auto& [object, key] : announced) object->willChangeValueForKey(*key);
   if (!inverse.isToMany()) {
     // Both sides are stored: unhook the old partners of both ends.
-    if (oldID) {
-      auto old = context_->objectWithID(*oldID);
-      if (old->slotValue(inverse.slot()) == Value(objectID_)) old->setSlot(inverse.slot(), Value());
-    }
+    if (old && old->slotValue(inverse.slot()) == Value(objectID_)) old->setSlot(inverse.slot(), Value());
     if (destination) {
-      auto theirs = destination->slotValue(inverse.slot()).objectID();
-      if (theirs && !(*theirs == objectID_)) {
-        auto other = context_->objectWithID(*theirs);
-        other->setSlot(relationship.slot(), Value());
-      }
+      if (other) other->setSlot(relationship.slot(), Value());
       destination->setSlot(inverse.slot(), Value(objectID_));
     }
   }
   setSlot(relationship.slot(), destination ? Value(destination->objectID()) : Value());
+  for (auto entry = announced.rbegin(); entry != announced.rend(); ++entry) entry->first->didChangeValueForKey(*entry->second);
 }
 
 std::vector<std::shared_ptr<ManagedObject>> ManagedObject::toMany(const RelationshipDescription& relationship) {
@@ -358,6 +428,158 @@ std::map<std::string, Value> ManagedObject::committedValuesForKeys(const std::ve
   return result;
 }
 
+std::map<std::string, Value> ManagedObject::snapshotOf(const std::vector<Value>& slots) const {
+  std::map<std::string, Value> result;
+  auto at = [&slots](std::size_t slot) { return slot < slots.size() ? slots[slot] : Value(); };
+  for (const auto& [name, attribute] : entity_->attributesByName()) result[name] = at(attribute->slot());
+  for (const auto& [name, relationship] : entity_->relationshipsByName()) {
+    if (!relationship->isToMany()) result[name] = at(relationship->slot());
+  }
+  return result;
+}
+
+void ManagedObject::assignValues(std::vector<Value> values) {
+  if (!observation_ || values_.size() != values.size()) {
+    values_ = std::move(values);
+    return;
+  }
+  std::vector<std::string> changed;
+  for (const auto& [name, attribute] : entity_->attributesByName()) {
+    if (!(values_[attribute->slot()] == values[attribute->slot()])) changed.push_back(name);
+  }
+  for (const auto& [name, relationship] : entity_->relationshipsByName()) {
+    if (!relationship->isToMany() && !(values_[relationship->slot()] == values[relationship->slot()])) {
+      changed.push_back(name);
+    }
+  }
+  for (const auto& key : changed) willChangeValueForKey(key);
+  values_ = std::move(values);
+  for (auto key = changed.rbegin(); key != changed.rend(); ++key) didChangeValueForKey(*key);
+}
+
+std::vector<std::string> ManagedObject::keyPathsForValuesAffectingValueForKey(std::string_view) const { return {}; }
+
+bool ManagedObject::triggers(std::string_view observedKey, std::string_view changedKey, int depth) const {
+  if (observedKey == changedKey) return true;
+  // Dependencies are declared by hand; a cycle among them must not recurse forever.
+  if (depth > 8) return false;
+  for (const auto& path : keyPathsForValuesAffectingValueForKey(observedKey)) {
+    std::string_view first = std::string_view(path).substr(0, path.find('.'));
+    if (triggers(first, changedKey, depth + 1)) return true;
+  }
+  return false;
+}
+
+KeyValueObservation ManagedObject::observe(std::string keyPath, KeyValueObservingOptions options,
+                                           ObservationCallback callback) {
+  if (!observation_) observation_ = std::make_unique<ObservationInfo>();
+  auto observation = std::make_shared<Observation>();
+  auto dot = keyPath.find('.');
+  observation->firstKey = keyPath.substr(0, dot);
+  if (dot != std::string::npos) observation->rest = keyPath.substr(dot + 1);
+  observation->keyPath = std::move(keyPath);
+  observation->options = options;
+  observation->callback = std::move(callback);
+  {
+    std::lock_guard lock(observation_->mutex);
+    observation->id = observation_->nextID++;
+    observation_->observations.push_back(observation);
+  }
+  attachChild(observation);
+  KeyValueObservation token(weak_from_this(), observation->id);
+  if (options & KeyValueObservingOption::initial) {
+    KeyValueChange change;
+    change.keyPath = observation->keyPath;
+    change.object = this;
+    if (options & KeyValueObservingOption::newValue) change.newValue = valueForKeyPathOrNil(observation->keyPath);
+    observation->callback(change);
+  }
+  return token;
+}
+
+void ManagedObject::removeObservation(std::uint64_t id) noexcept {
+  if (!observation_) return;
+  std::shared_ptr<Observation> removed;
+  {
+    std::lock_guard lock(observation_->mutex);
+    auto& list = observation_->observations;
+    auto found = std::find_if(list.begin(), list.end(), [id](const auto& entry) { return entry->id == id; });
+    if (found == list.end()) return;
+    removed = *found;
+    removed->active = false;
+    list.erase(found);
+  }
+  // Dropped outside the lock: the child's removal takes its own object's lock.
+  removed->child.invalidate();
+}
+
+void ManagedObject::attachChild(const std::shared_ptr<Observation>& observation) {
+  observation->child.invalidate();
+  if (observation->rest.empty() || !observation->active) return;
+  std::shared_ptr<ManagedObject> destination;
+  try {
+    if (entity_->relationship(observation->firstKey)) destination = objectForKey(observation->firstKey);
+  } catch (const StoreError&) {
+    // A destination that cannot be read has nothing to observe.
+  }
+  if (!destination) return;
+  // The destination's changes along the rest of the path reach this
+  // observer as changes of the whole path on this object.
+  std::weak_ptr<Observation> weak = observation;
+  ManagedObject* self = this;
+  auto forward = [weak, self](const KeyValueChange& inner) {
+    auto outer = weak.lock();
+    if (!outer || !outer->active) return;
+    KeyValueChange change = inner;
+    change.keyPath = outer->keyPath;
+    change.object = self;
+    outer->callback(change);
+  };
+  auto options = observation->options & ~KeyValueObservingOption::initial;
+  observation->child = destination->observe(observation->rest, options, std::move(forward));
+}
+
+void ManagedObject::willChangeValueForKey(std::string_view key) {
+  if (!observation_) return;
+  for (const auto& observation : observation_->snapshot()) {
+    if (!observation->active || !triggers(observation->firstKey, key)) continue;
+    if (observation->depth++ > 0) continue;
+    observation->oldValue = valueForKeyPathOrNil(observation->keyPath);
+    if (observation->options & KeyValueObservingOption::prior) notifyObservation(observation, true);
+  }
+}
+
+void ManagedObject::didChangeValueForKey(std::string_view key) {
+  if (!observation_) return;
+  for (const auto& observation : observation_->snapshot()) {
+    if (!observation->active || observation->depth == 0 || !triggers(observation->firstKey, key)) continue;
+    if (--observation->depth > 0) continue;
+    if (!observation->rest.empty() && observation->firstKey == key) attachChild(observation);
+    notifyObservation(observation, false);
+  }
+}
+
+void ManagedObject::notifyObservation(const std::shared_ptr<Observation>& observation, bool prior) {
+  KeyValueChange change;
+  change.keyPath = observation->keyPath;
+  change.object = this;
+  change.isPrior = prior;
+  if (observation->options & KeyValueObservingOption::oldValue) change.oldValue = observation->oldValue;
+  if (!prior && (observation->options & KeyValueObservingOption::newValue)) {
+    change.newValue = valueForKeyPathOrNil(observation->keyPath);
+  }
+  observation->callback(change);
+}
+
+Value ManagedObject::valueForKeyPathOrNil(std::string_view keyPath) {
+  if (!context_ || state_ == FaultingState::unusable) return Value();
+  try {
+    return valueForKeyPath(keyPath);
+  } catch (const StoreError&) {
+    return Value();
+  }
+}
+
 void ManagedObject::validateValue(Value& value, std::string_view key) const {
   bool optional = true;
   if (auto attribute = entity_->attribute(key)) {
@@ -370,7 +592,8 @@ void ManagedObject::validateValue(Value& value, std::string_view key) const {
                      entity_->name() + "." + std::string(key) + " is required",
                      {{StoreError::kEntityKey, entity_->name()},
                       {StoreError::kKeyKey, std::string(key)},
-                      {StoreError::kObjectURIKey, objectID_.URIRepresentation()}});
+                      {StoreError::kValidationObjectKey,
+                       ErrorUserInfoObject(std::const_pointer_cast<ManagedObject>(shared_from_this()))}});
   }
 }
 

@@ -19,7 +19,25 @@
 // Subclasses: a class registered for an entity name (setClassForEntityName)
 // is what the store makes for that entity and its sub-entities without a
 // class of their own. Its constructor takes the Construction token and
-// passes it on; it may override validateValue and awakeFromInsert.
+// passes it on; it may override validateValue and awakeFromInsert, give
+// values for keys that are not properties (valueForUndefinedKey, for
+// computed keys), and name the keys a computed key depends on
+// (keyPathsForValuesAffectingValueForKey).
+//
+// Observation: observe(keyPath, options, callback) calls callback with a
+// KeyValueChange each time the value at keyPath is announced to change,
+// synchronously, on the thread that made the change (the context's queue).
+// setValue announces by itself the key it sets and, for relationships, the
+// inverse keys of the objects on the other side; a refresh by a merge,
+// refreshObject and rollback announce each key whose value they change.
+// Code that changes a computed key's inputs by other means announces it by
+// hand with willChangeValueForKey / didChangeValueForKey, which nest: the
+// observers hear once, when the outermost did comes. A key path through
+// to-one relationships ("task.name") is observed to its end, and follows
+// when a relationship on the way points elsewhere. The returned
+// KeyValueObservation removes the observer when it is destroyed or
+// invalidated; it is safe after the object or its context is gone. An
+// object nobody observes keeps no observation state.
 #pragma once
 
 #include <cstdint>
@@ -38,6 +56,56 @@
 namespace kestrona {
 
 class ManagedObjectContext;
+class ManagedObject;
+
+// The options of observe(): which values a change record carries, and
+// whether the observer hears at once (initial) and before each change
+// (prior, with the old value only).
+using KeyValueObservingOptions = unsigned;
+namespace KeyValueObservingOption {
+inline constexpr KeyValueObservingOptions newValue = 0x01;
+inline constexpr KeyValueObservingOptions oldValue = 0x02;
+inline constexpr KeyValueObservingOptions initial = 0x04;
+inline constexpr KeyValueObservingOptions prior = 0x08;
+}  // namespace KeyValueObservingOption
+
+enum class KeyValueChangeKind : int { setting = 1, insertion = 2, removal = 3, replacement = 4 };
+
+// One change as an observer hears it. A to-many key is reported as a
+// setting of the whole array of destinations.
+struct KeyValueChange {
+  KeyValueChangeKind kind = KeyValueChangeKind::setting;
+  // Present when the options asked for them; no old value on the initial
+  // call, no new value on a prior call.
+  std::optional<Value> oldValue;
+  std::optional<Value> newValue;
+  bool isPrior = false;
+  std::string keyPath;
+  // The observed object (the start of the key path).
+  ManagedObject* object = nullptr;
+};
+
+// Keeps one observer registered. Move-only; destruction removes it.
+class KeyValueObservation {
+ public:
+  KeyValueObservation() = default;
+  KeyValueObservation(KeyValueObservation&& other) noexcept;
+  KeyValueObservation& operator=(KeyValueObservation&& other) noexcept;
+  ~KeyValueObservation();
+  KeyValueObservation(const KeyValueObservation&) = delete;
+  KeyValueObservation& operator=(const KeyValueObservation&) = delete;
+
+  // Removes the observer; later calls do nothing.
+  void invalidate() noexcept;
+  bool isActive() const noexcept { return id_ != 0 && !object_.expired(); }
+
+ private:
+  friend class ManagedObject;
+  KeyValueObservation(std::weak_ptr<ManagedObject> object, std::uint64_t id) : object_(std::move(object)), id_(id) {}
+
+  std::weak_ptr<ManagedObject> object_;
+  std::uint64_t id_ = 0;
+};
 
 class ManagedObject : public std::enable_shared_from_this<ManagedObject> {
  public:
@@ -109,12 +177,28 @@ class ManagedObject : public std::enable_shared_from_this<ManagedObject> {
   // property's kind. Overrides should call it.
   virtual void validateValue(Value& value, std::string_view key) const;
 
+  // ---- Observation ----
+  using ObservationCallback = std::function<void(const KeyValueChange&)>;
+  [[nodiscard]] KeyValueObservation observe(std::string keyPath, KeyValueObservingOptions options,
+                                            ObservationCallback callback);
+  void willChangeValueForKey(std::string_view key);
+  void didChangeValueForKey(std::string_view key);
+  // The key paths whose changes change key (for a computed key); none by
+  // default. Only the first component of each counts.
+  virtual std::vector<std::string> keyPathsForValuesAffectingValueForKey(std::string_view key) const;
+
  protected:
   // Called once on insertion, after the default values are set.
   virtual void awakeFromInsert() {}
+  // The value of a key that is neither attribute nor relationship; fails
+  // with StoreError managedObjectValidation (1550) by default.
+  virtual Value valueForUndefinedKey(std::string_view key);
 
  private:
   friend class ManagedObjectContext;
+  friend class KeyValueObservation;
+  struct Observation;
+  struct ObservationInfo;
 
   void fireFault();
   void requireUsable() const;
@@ -123,6 +207,17 @@ class ManagedObject : public std::enable_shared_from_this<ManagedObject> {
   void setToOne(const RelationshipDescription& relationship, const std::shared_ptr<ManagedObject>& destination);
   std::vector<std::shared_ptr<ManagedObject>> toMany(const RelationshipDescription& relationship);
   Value coerced(const AttributeDescription& attribute, const Value& value) const;
+  // The attributes and to-ones of slots by name.
+  std::map<std::string, Value> snapshotOf(const std::vector<Value>& slots) const;
+  // Replaces the current values, announcing each attribute and to-one whose
+  // value changes.
+  void assignValues(std::vector<Value> values);
+  void removeObservation(std::uint64_t id) noexcept;
+  bool triggers(std::string_view observedKey, std::string_view changedKey, int depth = 0) const;
+  void notifyObservation(const std::shared_ptr<Observation>& observation, bool prior);
+  void attachChild(const std::shared_ptr<Observation>& observation);
+  // The value at keyPath for an observer: nil when it cannot be read.
+  Value valueForKeyPathOrNil(std::string_view keyPath);
 
   const EntityDescription* entity_;
   ManagedObjectContext* context_;
@@ -132,6 +227,9 @@ class ManagedObject : public std::enable_shared_from_this<ManagedObject> {
   bool deleted_ = false;
   std::vector<Value> committed_;
   std::vector<Value> values_;
+  // The row's version when this context read or last saved it; 0 unknown.
+  std::int64_t version_ = 0;
+  std::unique_ptr<ObservationInfo> observation_;
 };
 
 }  // namespace kestrona

@@ -1,6 +1,8 @@
 #include "Platform/ObjectStore/ManagedObjectContext.h"
 
 #include "Platform/Foundation/FatalError.h"
+#include "Platform/Notifications/NotificationCenter.h"
+#include "Platform/ObjectStore/MergeConflict.h"
 #include "Platform/ObjectStore/StoreError.h"
 #include "Platform/RunLoop/MainLoop.h"
 
@@ -34,6 +36,7 @@ ManagedObjectContext::ManagedObjectContext(ConcurrencyType type, std::unique_ptr
     : concurrencyType_(type), queue_(std::move(queue)) {}
 
 ManagedObjectContext::~ManagedObjectContext() {
+  detachFromCoordinator();
   for (auto& [id, object] : registry_) object->context_ = nullptr;
   for (auto& object : changed_) object->context_ = nullptr;
 }
@@ -44,16 +47,43 @@ std::shared_ptr<PersistentStoreCoordinator> ManagedObjectContext::persistentStor
 }
 
 void ManagedObjectContext::setPersistentStoreCoordinator(std::shared_ptr<PersistentStoreCoordinator> coordinator) {
+  detachFromCoordinator();
   coordinator_ = std::move(coordinator);
   parent_.reset();
+  attachToCoordinator();
 }
 
 void ManagedObjectContext::setParentContext(std::shared_ptr<ManagedObjectContext> parent) {
+  detachFromCoordinator();
   parent_ = std::move(parent);
   coordinator_.reset();
 }
 
-void ManagedObjectContext::performAndWait(const std::function<void()>& block) { queue_->runAndWait(block); }
+void ManagedObjectContext::attachToCoordinator() {
+  if (coordinator_) coordinator_->registerContext(this, weak_from_this());
+}
+
+void ManagedObjectContext::detachFromCoordinator() {
+  if (coordinator_) coordinator_->unregisterContext(this);
+}
+
+void ManagedObjectContext::setAutomaticallyMergesChangesFromParent(bool merges) {
+  mergesFromParent_.store(merges);
+  // Registered again in case the coordinator was set before the context
+  // had its std::shared_ptr (in a subclass's constructor).
+  if (merges) attachToCoordinator();
+}
+
+void ManagedObjectContext::performAndWait(const std::function<void()>& block) {
+  if (queue_->isCurrent()) {
+    block();
+    return;
+  }
+  queue_->runAndWait([this, &block] {
+    mergePendingChanges();
+    block();
+  });
+}
 
 std::shared_ptr<ManagedObject> ManagedObjectContext::insertNewObject(std::string_view entityName) {
   auto coordinator = persistentStoreCoordinator();
@@ -110,13 +140,15 @@ std::shared_ptr<ManagedObject> ManagedObjectContext::objectWithID(const ManagedO
 }
 
 std::shared_ptr<ManagedObject> ManagedObjectContext::registerFetched(const ManagedObjectID& id,
-                                                                     std::vector<Value> values, bool asFault) {
+                                                                     std::vector<Value> values, std::int64_t version,
+                                                                     bool asFault) {
   auto object = objectWithID(id);
   // A registered object keeps its own state: pending changes win over the
   // row just read.
   if (object->state_ == ManagedObject::FaultingState::fault && !values.empty()) {
     object->committed_ = values;
     object->values_ = std::move(values);
+    object->version_ = version;
     if (!asFault) object->state_ = ManagedObject::FaultingState::loaded;
   }
   return object;
@@ -130,21 +162,22 @@ std::shared_ptr<ManagedObject> ManagedObjectContext::existingObjectWithID(const 
     return object;
   }
   if (id.isTemporaryID()) throw objectGone(id);
-  auto values = loadValues(id);
-  if (!values) throw objectGone(id);
-  return registerFetched(id, std::move(*values), false);
+  auto row = loadValues(id);
+  if (!row) throw objectGone(id);
+  return registerFetched(id, std::move(row->values), row->version, false);
 }
 
-std::optional<std::vector<Value>> ManagedObjectContext::loadValues(const ManagedObjectID& id) {
+std::optional<PersistentStoreCoordinator::StoredRow> ManagedObjectContext::loadValues(const ManagedObjectID& id) {
   if (!parent_) {
     auto coordinator = persistentStoreCoordinator();
     if (!coordinator) return std::nullopt;
     return coordinator->loadRow(id);
   }
   auto parent = parent_;
-  return parent->performAndWaitReturning([&parent, &id]() -> std::optional<std::vector<Value>> {
+  return parent->performAndWaitReturning([&parent, &id]() -> std::optional<PersistentStoreCoordinator::StoredRow> {
     try {
-      return parent->existingObjectWithID(id)->values_;
+      auto object = parent->existingObjectWithID(id);
+      return PersistentStoreCoordinator::StoredRow{object->values_, object->version_};
     } catch (const StoreError&) {
       return std::nullopt;
     }
@@ -272,6 +305,16 @@ void ManagedObjectContext::refreshObject(const std::shared_ptr<ManagedObject>& o
   if (!mergeChanges) {
     if (object->deleted_) return;
     changed_.erase(object);
+    // An observed object reloads at once so that its observers hear the
+    // stored values; any other becomes a fault and reloads when read.
+    if (object->observation_ && object->state_ == ManagedObject::FaultingState::loaded) {
+      if (auto row = loadValues(object->objectID_)) {
+        object->committed_ = row->values;
+        object->version_ = row->version;
+        object->assignValues(std::move(row->values));
+        return;
+      }
+    }
     object->values_.clear();
     object->committed_.clear();
     object->state_ = ManagedObject::FaultingState::fault;
@@ -279,18 +322,19 @@ void ManagedObjectContext::refreshObject(const std::shared_ptr<ManagedObject>& o
   }
   auto row = loadValues(object->objectID_);
   if (!row) return;
+  object->version_ = row->version;
   if (object->state_ != ManagedObject::FaultingState::loaded) {
-    object->committed_ = *row;
-    object->values_ = std::move(*row);
+    object->committed_ = row->values;
+    object->values_ = std::move(row->values);
     object->state_ = ManagedObject::FaultingState::loaded;
     return;
   }
-  std::vector<Value> merged = *row;
+  std::vector<Value> merged = row->values;
   for (std::size_t slot = 0; slot < merged.size(); ++slot) {
     if (!(object->values_[slot] == object->committed_[slot])) merged[slot] = object->values_[slot];
   }
-  object->committed_ = std::move(*row);
-  object->values_ = std::move(merged);
+  object->committed_ = std::move(row->values);
+  object->assignValues(std::move(merged));
 }
 
 bool ManagedObjectContext::hasChanges() const {
@@ -348,7 +392,7 @@ void ManagedObjectContext::validateForSave() const {
                                name + "\"",
                            {{StoreError::kEntityKey, object->entity().name()},
                             {StoreError::kKeyKey, name},
-                            {StoreError::kObjectURIKey, object->objectID().URIRepresentation()}});
+                            {StoreError::kValidationObjectKey, ErrorUserInfoObject(object)}});
         }
       }
       continue;
@@ -368,34 +412,194 @@ void ManagedObjectContext::validateForSave() const {
 
 void ManagedObjectContext::save() {
   if (!hasChanges()) return;
+  // Observers of will-save may still change objects; they see the pending
+  // state as it is.
+  NotificationCenter::defaultCenter().post(std::string(NSManagedObjectContextWillSaveNotification), this);
   validateForSave();
+  ManagedObjectSet inserted;
+  ManagedObjectSet updated;
+  ManagedObjectSet deleted;
+  for (const auto& object : changed_) {
+    if (object->deleted_) {
+      deleted.insert(object);
+    } else if (object->inserted_) {
+      inserted.insert(object);
+    } else if (object->isUpdated()) {
+      updated.insert(object);
+    }
+  }
   if (parent_) {
     saveToParent();
+    postDidSave(inserted, updated, deleted);
     return;
   }
   auto coordinator = persistentStoreCoordinator();
   precondition(coordinator != nullptr, "A context needs a coordinator to save");
   PersistentStoreCoordinator::SaveRequest request;
   request.mergePolicy = mergePolicy_;
-  for (const auto& object : changed_) {
-    if (object->deleted_) {
-      request.deleted.push_back(object->objectID_);
-    } else if (object->inserted_) {
-      request.inserted.push_back({object->objectID_, object->values_, {}, {}});
-    } else if (object->isUpdated()) {
-      PersistentStoreCoordinator::RowChange change{object->objectID_, object->values_, {}, object->committed_};
-      for (std::size_t slot = 0; slot < object->values_.size(); ++slot) {
-        if (!(object->values_[slot] == object->committed_[slot])) change.changedSlots.push_back(slot);
-      }
-      request.updated.push_back(std::move(change));
+  for (const auto& object : deleted) request.deleted.push_back(object->objectID_);
+  for (const auto& object : inserted) request.inserted.push_back({object->objectID_, object->values_, {}, {}, 0});
+  for (const auto& object : updated) {
+    PersistentStoreCoordinator::RowChange change{object->objectID_, object->values_, {}, object->committed_,
+                                                 object->version_};
+    for (std::size_t slot = 0; slot < object->values_.size(); ++slot) {
+      if (!(object->values_[slot] == object->committed_[slot])) change.changedSlots.push_back(slot);
     }
+    request.updated.push_back(std::move(change));
   }
-  auto saved = coordinator->save(request);
+  PersistentStoreCoordinator::SaveResult saved;
+  try {
+    saved = coordinator->save(request);
+  } catch (const StoreError& error) {
+    if (error.kind() == StoreErrorCode::managedObjectMerge) throwConflicts(error);
+    throw;
+  }
   applyPermanentIDs(saved.permanentIDs);
   for (auto& [id, row] : saved.mergedRows) {
-    if (auto object = objectRegisteredForID(id)) object->values_ = std::move(row);
+    if (auto object = objectRegisteredForID(id)) object->assignValues(std::move(row));
+  }
+  for (const auto& [id, version] : saved.versions) {
+    if (auto object = objectRegisteredForID(id)) object->version_ = version;
   }
   markChangesSaved();
+  postDidSave(inserted, updated, deleted);
+
+  SavedObjectIDs ids;
+  for (const auto& object : inserted) ids.inserted.insert(object->objectID_);
+  for (const auto& object : updated) ids.updated.insert(object->objectID_);
+  for (const auto& object : deleted) ids.deleted.insert(object->objectID_);
+  for (const auto& context : coordinator->registeredContexts()) {
+    if (context.get() != this && context->automaticallyMergesChangesFromParent()) context->scheduleMerge(ids);
+  }
+}
+
+void ManagedObjectContext::postDidSave(const ManagedObjectSet& inserted, const ManagedObjectSet& updated,
+                                       const ManagedObjectSet& deleted) {
+  Notification::UserInfo userInfo{{std::string(NSInsertedObjectsKey), inserted},
+                                  {std::string(NSUpdatedObjectsKey), updated},
+                                  {std::string(NSDeletedObjectsKey), deleted}};
+  NotificationCenter::defaultCenter().post(std::string(NSManagedObjectContextDidSaveNotification), this,
+                                           std::move(userInfo));
+}
+
+void ManagedObjectContext::throwConflicts(const StoreError& error) {
+  const auto* rows =
+      error.userInfoObject<std::vector<PersistentStoreCoordinator::RowConflict>>(StoreError::kSaveConflictsKey);
+  if (!rows) throw error;
+  std::vector<MergeConflict> conflicts;
+  conflicts.reserve(rows->size());
+  for (const auto& row : *rows) {
+    auto object = objectRegisteredForID(row.objectID);
+    if (!object) continue;
+    MergeConflict conflict;
+    conflict.sourceObject = object;
+    conflict.objectSnapshot = object->snapshotOf(object->values_);
+    conflict.cachedSnapshot = object->snapshotOf(object->committed_);
+    if (row.stored) {
+      conflict.persistedSnapshot = object->snapshotOf(row.stored->values);
+      conflict.newVersionNumber = row.stored->version;
+    }
+    conflict.oldVersionNumber = row.oldVersion;
+    conflicts.push_back(std::move(conflict));
+  }
+  throw StoreError(StoreErrorCode::managedObjectMerge, error.localizedDescription(),
+                   {{StoreError::kSaveConflictsKey, ErrorUserInfoObject(std::move(conflicts))}});
+}
+
+void ManagedObjectContext::scheduleMerge(SavedObjectIDs changes) {
+  {
+    std::lock_guard lock(mergeMutex_);
+    pendingMerges_.push_back(std::move(changes));
+    hasPendingMerges_.store(true);
+  }
+  std::weak_ptr<ManagedObjectContext> weak = weak_from_this();
+  queue_->post([weak] {
+    if (auto context = weak.lock()) context->mergePendingChanges();
+  });
+}
+
+void ManagedObjectContext::mergePendingChanges() {
+  if (!hasPendingMerges_.load()) return;
+  std::vector<SavedObjectIDs> merges;
+  {
+    std::lock_guard lock(mergeMutex_);
+    merges.swap(pendingMerges_);
+    hasPendingMerges_.store(false);
+  }
+  for (const auto& changes : merges) mergeChanges(changes);
+}
+
+void ManagedObjectContext::mergeChanges(const SavedObjectIDs& changes) {
+  auto coordinator = coordinator_;
+  if (!coordinator) return;
+  for (const auto& id : changes.deleted) {
+    if (auto object = objectRegisteredForID(id)) invalidateObject(object);
+  }
+  for (const auto& id : changes.updated) {
+    auto object = objectRegisteredForID(id);
+    if (!object) continue;
+    if (object->state_ == ManagedObject::FaultingState::fault) {
+      // A fault may hold values read ahead by a fetch; they are stale now.
+      object->values_.clear();
+      object->committed_.clear();
+      continue;
+    }
+    if (object->state_ != ManagedObject::FaultingState::loaded) continue;
+    std::optional<PersistentStoreCoordinator::StoredRow> row;
+    try {
+      row = coordinator->loadRow(object->objectID_);
+    } catch (const StoreError&) {
+      // The object keeps what it has; its next save checks the version.
+      continue;
+    }
+    // Deleted by a later save, whose own merge follows.
+    if (!row) continue;
+    refreshFromStore(*object, std::move(*row));
+  }
+  Notification::UserInfo userInfo{{std::string(NSInsertedObjectIDsKey), changes.inserted},
+                                  {std::string(NSUpdatedObjectIDsKey), changes.updated},
+                                  {std::string(NSDeletedObjectIDsKey), changes.deleted}};
+  NotificationCenter::defaultCenter().post(std::string(NSManagedObjectContextDidMergeChangesObjectIDsNotification),
+                                           this, std::move(userInfo));
+}
+
+void ManagedObjectContext::refreshFromStore(ManagedObject& object, PersistentStoreCoordinator::StoredRow row) {
+  if (row.version != 0 && row.version == object.version_) return;
+  if (object.values_.size() != row.values.size()) return;
+  if (object.deleted_) return;
+  const bool pending = object.isUpdated();
+  if (pending && mergePolicy_ == MergePolicyType::errorMergePolicyType) return;
+  std::vector<Value> values = row.values;
+  if (pending) {
+    for (std::size_t slot = 0; slot < values.size(); ++slot) {
+      bool mine = !(object.values_[slot] == object.committed_[slot]);
+      bool theirs = !(row.values[slot] == object.committed_[slot]);
+      switch (mergePolicy_) {
+        case MergePolicyType::mergeByPropertyObjectTrumpMergePolicyType:
+          if (mine) values[slot] = object.values_[slot];
+          break;
+        case MergePolicyType::mergeByPropertyStoreTrumpMergePolicyType:
+          if (mine && !theirs) values[slot] = object.values_[slot];
+          break;
+        case MergePolicyType::overwriteMergePolicyType:
+          values[slot] = object.values_[slot];
+          break;
+        default:
+          break;
+      }
+    }
+  }
+  object.committed_ = std::move(row.values);
+  object.version_ = row.version;
+  object.assignValues(std::move(values));
+  if (!object.isUpdated()) changed_.erase(object.shared_from_this());
+}
+
+void ManagedObjectContext::invalidateObject(const std::shared_ptr<ManagedObject>& object) {
+  registry_.erase(object->objectID_);
+  changed_.erase(object);
+  object->state_ = ManagedObject::FaultingState::unusable;
+  object->context_ = nullptr;
 }
 
 void ManagedObjectContext::saveToParent() {
@@ -457,7 +661,7 @@ void ManagedObjectContext::rollback() {
       continue;
     }
     object->deleted_ = false;
-    if (object->state_ == ManagedObject::FaultingState::loaded) object->values_ = object->committed_;
+    if (object->state_ == ManagedObject::FaultingState::loaded) object->assignValues(object->committed_);
   }
   changed_.clear();
 }

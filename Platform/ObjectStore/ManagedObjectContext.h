@@ -15,18 +15,44 @@
 // objects it registered are valid while it lives and become unusable
 // (managedObjectContext() null) when it goes.
 //
-// Failures: a failed validation throws StoreError 1550/1570/1600 and leaves
-// the pending changes as they were; a failed write throws
-// persistentStoreSave (134030) and also keeps them; existingObjectWithID of
-// an object that is gone throws managedObjectReferentialIntegrity (133000).
+// Failures: a failed validation throws StoreError 1550/1570/1600 with the
+// object under "NSValidationErrorObject" and leaves the pending changes as
+// they were; a failed write throws persistentStoreSave (134030) and also
+// keeps them; existingObjectWithID of an object that is gone throws
+// managedObjectReferentialIntegrity (133000). A save that finds rows changed
+// or deleted in the store since this context read them resolves them by the
+// merge policy; the default fails with managedObjectMerge (133020) carrying
+// a std::vector<MergeConflict> (MergeConflict.h) and keeps the changes.
+//
+// Notifications: save() posts will-save and did-save, and a merge posts
+// did-merge, on NotificationCenter::defaultCenter() from the context's
+// queue, with the context as object (see ContextNotifications.h).
+//
+// Merging: a context whose parent is the coordinator and that has
+// automaticallyMergesChangesFromParent takes in every save of another
+// context on the same coordinator, on its own queue. A main-queue context
+// is sent the work on its main loop (the saving thread does not wait for
+// it); a private-queue context has no thread of its own and takes the
+// changes when its queue is next entered, at the start of the outermost
+// performAndWait. Merging refreshes the registered objects whose rows were
+// updated (an object without pending changes takes the stored values; with
+// pending changes the merge policy decides, see mergePolicy), registers
+// nothing new, makes registered objects whose rows were deleted unusable
+// (their pending changes are dropped: the row they would change is gone),
+// and then posts did-merge with the IDs of all of the save's changes. Set
+// the coordinator after construction: the coordinator holds a weak
+// reference to each context for this, which needs the context's
+// std::shared_ptr.
 //
 // A child context (with a parent context instead of a coordinator) reads
 // through its parent, sees the parent's pending changes, and saves into its
-// parent; dictionary results are not offered there. Merge policies are recorded but conflicts between
-// contexts are not detected yet: the last save wins property by property.
+// parent; dictionary results are not offered there, and it does not merge
+// by itself.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -37,6 +63,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "Platform/ObjectStore/ContextNotifications.h"
 #include "Platform/ObjectStore/ContextQueue.h"
 #include "Platform/ObjectStore/FetchRequest.h"
 #include "Platform/ObjectStore/ManagedObject.h"
@@ -45,6 +72,7 @@
 namespace kestrona {
 
 class MainLoop;
+class StoreError;
 
 enum class ManagedObjectContextConcurrencyType : int {
   privateQueueConcurrencyType = 1,
@@ -68,10 +96,20 @@ class ManagedObjectContext : public std::enable_shared_from_this<ManagedObjectCo
   void setPersistentStoreCoordinator(std::shared_ptr<PersistentStoreCoordinator> coordinator);
   std::shared_ptr<ManagedObjectContext> parentContext() const { return parent_; }
   void setParentContext(std::shared_ptr<ManagedObjectContext> parent);
+  // How this context's save resolves rows changed in the store meanwhile,
+  // and how a merge treats an object with pending changes: the by-property
+  // policies decide per property (object trump keeps the unsaved value,
+  // store trump takes the stored one), overwrite keeps the unsaved object
+  // whole, rollback takes the stored row whole; the default (error) keeps
+  // the pending changes and the version they were made on, so the next
+  // save fails with a conflict instead of losing either edit.
   MergePolicyType mergePolicy() const noexcept { return mergePolicy_; }
   void setMergePolicy(MergePolicyType policy) noexcept { mergePolicy_ = policy; }
+  bool automaticallyMergesChangesFromParent() const noexcept { return mergesFromParent_.load(); }
+  void setAutomaticallyMergesChangesFromParent(bool merges);
 
-  // Runs block on the context's queue and waits; re-entrant.
+  // Runs block on the context's queue and waits; re-entrant. The outermost
+  // call first merges the saves waiting for this context.
   void performAndWait(const std::function<void()>& block);
   // The throwing form: returns the block's value, passes on what it throws.
   template <typename Function>
@@ -128,7 +166,8 @@ class ManagedObjectContext : public std::enable_shared_from_this<ManagedObjectCo
   const EntityDescription& requestEntity(const FetchRequest& request) const;
   std::vector<std::shared_ptr<ManagedObject>> fetchThroughParent(const FetchRequest& request);
   std::shared_ptr<ManagedObject> makeObject(const EntityDescription& entity, const ManagedObjectID& id);
-  std::shared_ptr<ManagedObject> registerFetched(const ManagedObjectID& id, std::vector<Value> values, bool asFault);
+  std::shared_ptr<ManagedObject> registerFetched(const ManagedObjectID& id, std::vector<Value> values,
+                                                std::int64_t version, bool asFault);
   void noteChanged(ManagedObject& object);
   void applyPermanentIDs(const std::map<ManagedObjectID, ManagedObjectID>& permanentIDs);
   void validateForSave() const;
@@ -137,13 +176,32 @@ class ManagedObjectContext : public std::enable_shared_from_this<ManagedObjectCo
   // registry and become unusable, the others take their values as committed.
   void markChangesSaved();
   void forget(ManagedObject& object);
-  // The stored values of a row (the parent's current values for a child).
-  std::optional<std::vector<Value>> loadValues(const ManagedObjectID& id);
+  // The stored row (the parent's current values for a child).
+  std::optional<PersistentStoreCoordinator::StoredRow> loadValues(const ManagedObjectID& id);
   std::vector<ManagedObjectID> storedRelatedObjectIDs(const ManagedObjectID& owner,
                                                       const RelationshipDescription& relationship);
   void applyDeleteRules(ManagedObject& object);
   // Objects with pending changes, inserted, updated or deleted.
   const std::unordered_set<std::shared_ptr<ManagedObject>>& changedObjects() const { return changed_; }
+
+  // The IDs of one save's changes, as merged into other contexts.
+  struct SavedObjectIDs {
+    ManagedObjectIDSet inserted;
+    ManagedObjectIDSet updated;
+    ManagedObjectIDSet deleted;
+  };
+  void postDidSave(const ManagedObjectSet& inserted, const ManagedObjectSet& updated, const ManagedObjectSet& deleted);
+  // Hands a save of another context to this one; from any thread.
+  void scheduleMerge(SavedObjectIDs changes);
+  // Takes in the saves handed over so far; on the queue.
+  void mergePendingChanges();
+  void mergeChanges(const SavedObjectIDs& changes);
+  void refreshFromStore(ManagedObject& object, PersistentStoreCoordinator::StoredRow row);
+  // Makes a registered object unusable and forgets it.
+  void invalidateObject(const std::shared_ptr<ManagedObject>& object);
+  [[noreturn]] void throwConflicts(const StoreError& error);
+  void attachToCoordinator();
+  void detachFromCoordinator();
 
   ConcurrencyType concurrencyType_;
   std::unique_ptr<ContextQueue> queue_;
@@ -156,6 +214,10 @@ class ManagedObjectContext : public std::enable_shared_from_this<ManagedObjectCo
   std::unordered_set<std::shared_ptr<ManagedObject>> changed_;
   // The class made for each entity, looked up once per context.
   std::unordered_map<const EntityDescription*, ManagedObject::Factory> factories_;
+  std::atomic<bool> mergesFromParent_{false};
+  std::mutex mergeMutex_;
+  std::vector<SavedObjectIDs> pendingMerges_;
+  std::atomic<bool> hasPendingMerges_{false};
   mutable std::mutex associatedMutex_;
   std::map<const void*, std::shared_ptr<void>> associated_;
 };

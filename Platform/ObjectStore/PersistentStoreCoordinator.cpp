@@ -333,13 +333,20 @@ std::vector<Value> PersistentStoreCoordinator::decodeRow(const EntityDescription
   return slots;
 }
 
-std::optional<std::vector<Value>> PersistentStoreCoordinator::loadRow(const ManagedObjectID& id) const {
+std::int64_t PersistentStoreCoordinator::decodeVersion(const EntityDescription& entity, const SQLiteStatement& row,
+                                                       int offset) const {
+  int column = offset + 2 + schema_->layout(entity).table->versionColumn;
+  return row.isNull(column) ? 1 : row.int64(column);
+}
+
+std::optional<PersistentStoreCoordinator::StoredRow> PersistentStoreCoordinator::loadRow(const ManagedObjectID& id) const {
   if (id.isTemporaryID()) return std::nullopt;
   std::lock_guard lock(mutex_);
   return loadRowLocked(id);
 }
 
-std::optional<std::vector<Value>> PersistentStoreCoordinator::loadRowLocked(const ManagedObjectID& id) const {
+std::optional<PersistentStoreCoordinator::StoredRow> PersistentStoreCoordinator::loadRowLocked(
+    const ManagedObjectID& id) const {
   const auto& table = schema_->table(id.entity());
   auto& read = database_->prepare("SELECT " + schema_->selectList(table, "t0") + " FROM " +
                                   quoteIdentifier(table.name) + " AS t0 WHERE t0.pk = ?");
@@ -347,11 +354,11 @@ std::optional<std::vector<Value>> PersistentStoreCoordinator::loadRowLocked(cons
   if (!read.step()) return std::nullopt;
   auto entity = schema_->entityForCode(read.int64(1));
   if (!entity) entity = &id.entity();
-  auto slots = decodeRow(*entity, read);
+  StoredRow row{decodeRow(*entity, read), decodeVersion(*entity, read)};
   read.reset();
   // The ID may name a parent entity, whose slots are the first ones.
-  if (entity->slotCount() != id.entity().slotCount()) slots.resize(id.entity().slotCount());
-  return slots;
+  if (entity->slotCount() != id.entity().slotCount()) row.values.resize(id.entity().slotCount());
+  return row;
 }
 
 bool PersistentStoreCoordinator::rowExists(const ManagedObjectID& id) const {
@@ -490,28 +497,33 @@ PersistentStoreCoordinator::SaveResult PersistentStoreCoordinator::save(const Sa
       }
       statement.step();
     }
-    std::vector<std::string> conflicts;
+    std::vector<RowConflict> conflicts;
     for (const auto& update : request.updated) {
       // The row as stored now, against what the context read: the write
       // lock is held, so nobody changes it between this read and the write.
       std::vector<std::size_t> slots = update.changedSlots;
       auto stored = loadRowLocked(update.objectID);
       bool conflicted = !stored;
-      if (stored && update.snapshot.size() == stored->size()) {
-        for (std::size_t slot = 0; slot < stored->size(); ++slot) {
-          if (!((*stored)[slot] == update.snapshot[slot])) conflicted = true;
+      if (stored && update.version != 0) {
+        conflicted = stored->version != update.version;
+      } else if (stored && update.snapshot.size() == stored->values.size()) {
+        for (std::size_t slot = 0; slot < stored->values.size(); ++slot) {
+          if (!(stored->values[slot] == update.snapshot[slot])) conflicted = true;
         }
       }
       if (conflicted) {
         if (request.mergePolicy == MergePolicyType::errorMergePolicyType || !stored) {
-          conflicts.push_back(update.objectID.URIRepresentation());
+          conflicts.push_back(RowConflict{update.objectID, std::move(stored), update.version});
           continue;
         }
-        std::vector<Value> merged = *stored;
+        const auto& storedValues = stored->values;
+        std::vector<Value> merged = storedValues;
         switch (request.mergePolicy) {
           case MergePolicyType::mergeByPropertyStoreTrumpMergePolicyType:
             slots.erase(std::remove_if(slots.begin(), slots.end(),
-                                       [&](std::size_t slot) { return !((*stored)[slot] == update.snapshot[slot]); }),
+                                       [&](std::size_t slot) {
+                                         return !(storedValues[slot] == update.snapshot[slot]);
+                                       }),
                         slots.end());
             break;
           case MergePolicyType::overwriteMergePolicyType:
@@ -527,12 +539,15 @@ PersistentStoreCoordinator::SaveResult PersistentStoreCoordinator::save(const Sa
         for (auto slot : slots) merged[slot] = update.values[slot];
         result.mergedRows.emplace(update.objectID, std::move(merged));
       }
-      if (slots.empty()) continue;
+      if (slots.empty()) {
+        result.versions[update.objectID] = stored ? stored->version : update.version;
+        continue;
+      }
       const auto& entity = update.objectID.entity();
       const auto& layout = schema_->layout(entity);
+      const auto& table = *layout.table;
       std::string assignments;
       for (auto slot : slots) {
-        const auto& table = *layout.table;
         assignments += (assignments.empty() ? "" : ", ") +
                        quoteIdentifier(table.columns[static_cast<std::size_t>(layout.slotColumn[slot])].name) + " = ?";
         if (layout.slotEntityColumn[slot] >= 0) {
@@ -541,19 +556,24 @@ PersistentStoreCoordinator::SaveResult PersistentStoreCoordinator::save(const Sa
                          " = ?";
         }
       }
-      auto& statement = database_->prepare("UPDATE " + quoteIdentifier(layout.table->name) + " SET " + assignments +
+      std::string version = quoteIdentifier(StoreSchema::kVersionColumn);
+      assignments += ", " + version + " = " + version + " + 1";
+      auto& statement = database_->prepare("UPDATE " + quoteIdentifier(table.name) + " SET " + assignments +
                                            " WHERE pk = ?");
       int parameter = 1;
       for (auto slot : slots) bindSlot(statement, parameter, slot, update.values[slot], layout);
       statement.bind(parameter, Value(update.objectID.primaryKey()));
       statement.step();
+      result.versions[update.objectID] = (stored ? stored->version : update.version) + 1;
     }
     if (!conflicts.empty()) {
+      auto count = conflicts.size();
       throw StoreError(StoreErrorCode::managedObjectMerge,
-                       "Could not merge changes: " + std::to_string(conflicts.size()) +
+                       "Could not merge changes: " + std::to_string(count) +
                            " objects were changed or deleted in the store meanwhile",
-                       {{StoreError::kSaveConflictsKey, conflicts}});
+                       {{StoreError::kSaveConflictsKey, ErrorUserInfoObject(std::move(conflicts))}});
     }
+    for (const auto& [temporary, permanent] : permanentIDs) result.versions[permanent] = 1;
     for (const auto& id : request.deleted) {
       if (id.isTemporaryID()) continue;
       auto& statement =
@@ -568,6 +588,35 @@ PersistentStoreCoordinator::SaveResult PersistentStoreCoordinator::save(const Sa
     }
     throw StoreError(StoreErrorCode::persistentStoreSave, "The save failed: " + error.localizedDescription(),
                      error.userInfo());
+  }
+  return result;
+}
+
+void PersistentStoreCoordinator::registerContext(const ManagedObjectContext* context,
+                                                 std::weak_ptr<ManagedObjectContext> reference) {
+  std::lock_guard lock(contextsMutex_);
+  for (auto& [registered, weak] : contexts_) {
+    if (registered == context) {
+      weak = std::move(reference);
+      return;
+    }
+  }
+  contexts_.emplace_back(context, std::move(reference));
+}
+
+void PersistentStoreCoordinator::unregisterContext(const ManagedObjectContext* context) {
+  std::lock_guard lock(contextsMutex_);
+  contexts_.erase(std::remove_if(contexts_.begin(), contexts_.end(),
+                                 [context](const auto& entry) { return entry.first == context; }),
+                  contexts_.end());
+}
+
+std::vector<std::shared_ptr<ManagedObjectContext>> PersistentStoreCoordinator::registeredContexts() const {
+  std::lock_guard lock(contextsMutex_);
+  std::vector<std::shared_ptr<ManagedObjectContext>> result;
+  result.reserve(contexts_.size());
+  for (const auto& [registered, weak] : contexts_) {
+    if (auto context = weak.lock()) result.push_back(std::move(context));
   }
   return result;
 }

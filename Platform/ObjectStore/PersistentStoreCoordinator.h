@@ -21,6 +21,10 @@
 // the coordinator serialises them on one mutex, and a save holds it for its
 // whole transaction. Callbacks passed to query() run under that mutex and
 // must not call back into the coordinator.
+//
+// Contexts whose parent is the coordinator register themselves (weakly) so
+// that a save of one can reach the others; the list has a lock of its own,
+// apart from the store's.
 #pragma once
 
 #include <cstdint>
@@ -41,14 +45,16 @@
 
 namespace kestrona {
 
+class ManagedObjectContext;
 class SQLiteDatabase;
 class SQLiteStatement;
 class StoreSchema;
 
 // How a save resolves a row that changed in the store since the context
-// read it: errorMergePolicyType fails the save (StoreError
-// managedObjectMerge, 133020, with the URIs of the objects under
-// "NSPersistentStoreSaveConflictsErrorKey"); the by-property policies keep,
+// read it (its version moved on, or it is gone): errorMergePolicyType fails
+// the save (StoreError managedObjectMerge, 133020, with conflict records
+// under "NSPersistentStoreSaveConflictsErrorKey", see MergeConflict.h); the
+// by-property policies keep,
 // for each property, the context's change (object trump) or the stored
 // value (store trump), and take the store's values for properties the
 // context did not change; overwrite writes the context's object whole;
@@ -101,9 +107,14 @@ class PersistentStoreCoordinator {
   const UUID& storeIdentifier() const;
   const StoreSchema& schema() const;
 
-  // The stored values of one row in the entity's slot layout (to-ones as
-  // object IDs), or none when the row is gone.
-  std::optional<std::vector<Value>> loadRow(const ManagedObjectID& id) const;
+  // One row as stored: its values in the entity's slot layout (to-ones as
+  // object IDs) and its version.
+  struct StoredRow {
+    std::vector<Value> values;
+    std::int64_t version = 0;
+  };
+  // The stored row, or none when it is gone.
+  std::optional<StoredRow> loadRow(const ManagedObjectID& id) const;
   // The IDs of the destinations of a to-many relationship as stored.
   std::vector<ManagedObjectID> relatedObjectIDs(const ManagedObjectID& owner,
                                                 const RelationshipDescription& relationship) const;
@@ -119,8 +130,20 @@ class PersistentStoreCoordinator {
     // for an update.
     std::vector<Value> values;
     std::vector<std::size_t> changedSlots;
-    // For an update: the values the context last read, to find conflicts.
+    // For an update: the values and the version the context last read, to
+    // find conflicts (a version of 0, unknown, compares the values).
     std::vector<Value> snapshot;
+    std::int64_t version = 0;
+  };
+  // An update that found its row changed or gone, as the error of a failed
+  // save carries it (an ErrorUserInfoObject holding a
+  // std::vector<RowConflict> under "NSPersistentStoreSaveConflictsErrorKey");
+  // the context turns them into MergeConflict records.
+  struct RowConflict {
+    ManagedObjectID objectID;
+    // The row as stored now; none when it was deleted.
+    std::optional<StoredRow> stored;
+    std::int64_t oldVersion = 0;
   };
   struct SaveRequest {
     std::vector<RowChange> inserted;  // IDs may be temporary
@@ -134,6 +157,9 @@ class PersistentStoreCoordinator {
     // The row as now stored, for each update that was merged with a
     // change made in the store meanwhile.
     std::map<ManagedObjectID, std::vector<Value>> mergedRows;
+    // The version of every inserted (by permanent ID) and updated row after
+    // the save.
+    std::map<ManagedObjectID, std::int64_t> versions;
   };
   // Writes all changes in one transaction, or none of them. To-one values
   // that point at a temporary ID are stored as its new key. Conflicts are
@@ -149,14 +175,23 @@ class PersistentStoreCoordinator {
   // The slots of entity from a row laid out as StoreSchema::selectList,
   // starting at column offset (the row's pk). Takes no lock.
   std::vector<Value> decodeRow(const EntityDescription& entity, const SQLiteStatement& row, int offset = 0) const;
+  // The version of a row laid out as StoreSchema::selectList of entity's table.
+  std::int64_t decodeVersion(const EntityDescription& entity, const SQLiteStatement& row, int offset = 0) const;
   // Converts a stored column to the attribute's value.
   Value attributeValue(const AttributeDescription& attribute, const SQLiteStatement& row, int column) const;
+
+  // Registers context (whose parent is this coordinator) until it
+  // unregisters, which its destructor does; both from any thread.
+  void registerContext(const ManagedObjectContext* context, std::weak_ptr<ManagedObjectContext> reference);
+  void unregisterContext(const ManagedObjectContext* context);
+  // The registered contexts still alive.
+  std::vector<std::shared_ptr<ManagedObjectContext>> registeredContexts() const;
 
  private:
   explicit PersistentStoreCoordinator(std::shared_ptr<const ManagedObjectModel> model);
   void openSchema(const PersistentStoreOptions& options);
   std::int64_t reserveKeys(const std::string& table, std::int64_t count);
-  std::optional<std::vector<Value>> loadRowLocked(const ManagedObjectID& id) const;
+  std::optional<StoredRow> loadRowLocked(const ManagedObjectID& id) const;
   Value storedValue(const AttributeDescription& attribute, const Value& value) const;
 
   std::shared_ptr<const ManagedObjectModel> model_;
@@ -164,6 +199,8 @@ class PersistentStoreCoordinator {
   std::unique_ptr<SQLiteDatabase> database_;
   std::unique_ptr<StoreSchema> schema_;
   std::optional<PersistentStore> store_;
+  mutable std::mutex contextsMutex_;
+  std::vector<std::pair<const ManagedObjectContext*, std::weak_ptr<ManagedObjectContext>>> contexts_;
 };
 
 }  // namespace kestrona

@@ -68,6 +68,10 @@ StoreSchema::StoreSchema(const ManagedObjectModel& model, std::map<std::string, 
     }
     layouts_[entity.get()] = std::move(layout);
   }
+  for (auto& table : tables_) {
+    table.versionColumn = static_cast<int>(table.columns.size());
+    table.columns.push_back(Column{kVersionColumn, "INTEGER", Value(std::int64_t{1})});
+  }
   for (auto& [entity, layout] : layouts_) layout.table = &tables_[tableIndex_.at(&entity->rootEntity())];
 }
 

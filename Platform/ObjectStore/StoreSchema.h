@@ -4,7 +4,9 @@
 // One table per entity hierarchy, named after the root entity, with the
 // columns "pk" (INTEGER PRIMARY KEY), "ent" (entity code), one column per
 // attribute of any entity of the hierarchy, and for each to-one relationship
-// "<name>" (the destination's key) and "<name>_ent" (its entity code).
+// "<name>" (the destination's key) and "<name>_ent" (its entity code), and
+// last the row's version "_version" (1 when written first, raised by every
+// update; the optimistic lock of saves).
 // Entity codes are fixed per file in the table kestrona_entities. A schema
 // is immutable once built and may be read from any thread.
 #pragma once
@@ -31,6 +33,8 @@ class StoreSchema {
     const EntityDescription* root = nullptr;
     // All columns after pk and ent, in a fixed order.
     std::vector<Column> columns;
+    // The index of the version column in columns.
+    int versionColumn = -1;
   };
   // Where each slot of an entity lies among its table's columns.
   struct Layout {
@@ -53,6 +57,7 @@ class StoreSchema {
   std::string selectList(const Table& table, std::string_view alias) const;
 
   static std::string columnType(AttributeType type);
+  static constexpr const char* kVersionColumn = "_version";
 
  private:
   const ManagedObjectModel& model_;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <thread>
 
+#include "Platform/ObjectStore/MergeConflict.h"
 #include "Platform/ObjectStore/StoreError.h"
 #include "tests/Platform/ObjectStore/StoreTestSupport.h"
 
@@ -378,9 +379,10 @@ TEST(ManagedObjectContext, ConflictingSavesFollowTheMergePolicy) {
     ADD_FAILURE() << "the conflicting save went through";
   } catch (const StoreError& error) {
     EXPECT_EQ(error.kind(), StoreErrorCode::managedObjectMerge);
-    auto uris = error.userInfoValue<std::vector<std::string>>(StoreError::kSaveConflictsKey);
-    ASSERT_NE(uris, nullptr);
-    EXPECT_EQ(*uris, std::vector<std::string>{id.URIRepresentation()});
+    auto conflicts = error.userInfoObject<std::vector<MergeConflict>>(StoreError::kSaveConflictsKey);
+    ASSERT_NE(conflicts, nullptr);
+    ASSERT_EQ(conflicts->size(), 1u);
+    EXPECT_EQ(conflicts->front().sourceObject, ours);
   }
   EXPECT_TRUE(mine->hasChanges());
   auto stored = [&] { return store.newContext()->existingObjectWithID(id); };

@@ -1,5 +1,10 @@
 #include "tests/Platform/ObjectStore/StoreTestSupport.h"
 
+#include <chrono>
+#include <thread>
+
+#include "Platform/RunLoop/MainLoop.h"
+
 namespace kestrona::testing {
 
 std::filesystem::path modelDirectory() { return KESTRONA_OBJECTSTORE_TEST_MODELS; }
@@ -67,6 +72,32 @@ std::shared_ptr<ManagedObject> makeSession(ManagedObjectContext& context, const 
   session->setValue(duration, "confirmedDuration");
   session->setValue(Value(task), "task");
   return session;
+}
+
+bool runLoopUntil(MainLoop& loop, const std::function<bool()>& condition) {
+  auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() > deadline) return false;
+    if (loop.poll() == 0) std::this_thread::yield();
+  }
+  return true;
+}
+
+NotificationRecorder::NotificationRecorder(std::string_view name, const ManagedObjectContext* context)
+    : token_(NotificationCenter::defaultCenter().addObserver(std::string(name), context,
+                                                             [this](const Notification& notification) {
+                                                               std::lock_guard lock(mutex_);
+                                                               notifications_.push_back(notification);
+                                                             })) {}
+
+std::vector<Notification> NotificationRecorder::notifications() const {
+  std::lock_guard lock(mutex_);
+  return notifications_;
+}
+
+std::size_t NotificationRecorder::count() const {
+  std::lock_guard lock(mutex_);
+  return notifications_.size();
 }
 
 }  // namespace kestrona::testing

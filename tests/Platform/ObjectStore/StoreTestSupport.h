@@ -3,13 +3,19 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <memory>
+#include <mutex>
 #include <string>
+#include <string_view>
+#include <vector>
 
+#include "Platform/Notifications/NotificationCenter.h"
 #include "Platform/ObjectStore/ManagedObjectContext.h"
 #include "Platform/ObjectStore/ManagedObjectModel.h"
 #include "Platform/ObjectStore/PersistentStoreCoordinator.h"
 #include "Platform/ObjectStore/ValueTransformer.h"
+#include "Platform/RunLoop/MainLoop.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace kestrona::testing {
@@ -44,5 +50,24 @@ std::shared_ptr<ManagedObject> makeTask(ManagedObjectContext& context, const std
                                         bool archived = false);
 std::shared_ptr<ManagedObject> makeSession(ManagedObjectContext& context, const std::shared_ptr<ManagedObject>& task,
                                            double begin, std::optional<double> end, double duration);
+
+// Runs loop's ready work until condition holds or a generous deadline has
+// passed; returns whether the condition holds. Nothing is timed: the
+// deadline only keeps a broken test from hanging.
+bool runLoopUntil(MainLoop& loop, const std::function<bool()>& condition);
+
+// Keeps every notification of one name from one context posted while it
+// lives, in order.
+class NotificationRecorder {
+ public:
+  NotificationRecorder(std::string_view name, const ManagedObjectContext* context);
+  std::vector<Notification> notifications() const;
+  std::size_t count() const;
+
+ private:
+  mutable std::mutex mutex_;
+  std::vector<Notification> notifications_;
+  ObserverToken token_;
+};
 
 }  // namespace kestrona::testing

@@ -1,0 +1,111 @@
+#include <gtest/gtest.h>
+
+#include "Platform/ObjectStore/ContextNotifications.h"
+#include "Platform/ObjectStore/StoreError.h"
+#include "tests/Platform/ObjectStore/StoreTestSupport.h"
+
+namespace kestrona {
+namespace {
+
+using testing::makeTask;
+using testing::NotificationRecorder;
+using testing::TestStore;
+
+const ManagedObjectSet& objectsUnder(const Notification& notification, std::string_view key) {
+  static const ManagedObjectSet none;
+  auto set = notification.userInfoValue<ManagedObjectSet>(key);
+  EXPECT_NE(set, nullptr) << key;
+  return set ? *set : none;
+}
+
+TEST(ContextNotifications, WillSaveSeesThePendingStateAndDidSaveCarriesTheSavedObjects) {
+  TestStore store;
+  auto kept = makeTask(*store.context, "Kept");
+  auto doomed = makeTask(*store.context, "Doomed");
+  store.context->save();
+
+  kept->setValue("Renamed", "name");
+  store.context->deleteObject(doomed);
+  auto added = makeTask(*store.context, "Added");
+
+  // What an observer of will-save can read, as it reads it.
+  std::size_t inserted = 0;
+  std::size_t updated = 0;
+  std::size_t deleted = 0;
+  std::map<std::string, Value> changes;
+  auto willSave = NotificationCenter::defaultCenter().addObserver(
+      std::string(NSManagedObjectContextWillSaveNotification), store.context.get(),
+      [&](const Notification& notification) {
+        EXPECT_TRUE(notification.userInfo.empty());
+        auto* context = static_cast<const ManagedObjectContext*>(notification.object);
+        inserted = context->insertedObjects().size();
+        updated = context->updatedObjects().size();
+        deleted = context->deletedObjects().size();
+        changes = kept->changedValues();
+      });
+  NotificationRecorder didSave(NSManagedObjectContextDidSaveNotification, store.context.get());
+  store.context->save();
+
+  EXPECT_EQ(inserted, 1u);
+  EXPECT_EQ(updated, 1u);
+  EXPECT_EQ(deleted, 1u);
+  EXPECT_EQ(changes, (std::map<std::string, Value>{{"name", Value("Renamed")}}));
+
+  auto posted = didSave.notifications();
+  ASSERT_EQ(posted.size(), 1u);
+  EXPECT_EQ(posted[0].object, store.context.get());
+  EXPECT_EQ(objectsUnder(posted[0], NSInsertedObjectsKey), ManagedObjectSet{added});
+  EXPECT_EQ(objectsUnder(posted[0], NSUpdatedObjectsKey), ManagedObjectSet{kept});
+  EXPECT_EQ(objectsUnder(posted[0], NSDeletedObjectsKey), ManagedObjectSet{doomed});
+  // The inserted object already has its permanent ID; the deleted one is
+  // unusable but still says what it was.
+  EXPECT_FALSE(added->objectID().isTemporaryID());
+  EXPECT_EQ(doomed->managedObjectContext(), nullptr);
+  EXPECT_EQ(doomed->entity().name(), "Task");
+  EXPECT_FALSE(doomed->objectID().isTemporaryID());
+}
+
+TEST(ContextNotifications, ASaveWithNothingToSavePostsNothing) {
+  TestStore store;
+  auto task = makeTask(*store.context, "Task");
+  store.context->save();
+
+  NotificationRecorder willSave(NSManagedObjectContextWillSaveNotification, store.context.get());
+  NotificationRecorder didSave(NSManagedObjectContextDidSaveNotification, store.context.get());
+  store.context->save();
+  // A change set back to the stored value is no change.
+  task->setValue("Other", "name");
+  task->setValue("Task", "name");
+  store.context->save();
+  EXPECT_EQ(willSave.count(), 0u);
+  EXPECT_EQ(didSave.count(), 0u);
+
+  // Will-save is posted also when the save then fails validation, and
+  // did-save is not.
+  task->setValue(Value(), "name");
+  EXPECT_THROW(store.context->save(), StoreError);
+  EXPECT_EQ(willSave.count(), 1u);
+  EXPECT_EQ(didSave.count(), 0u);
+}
+
+TEST(ContextNotifications, AChildContextPostsDidSaveWhenItsChangesReachTheParent) {
+  TestStore store;
+  auto child = ManagedObjectContext::make(ManagedObjectContextConcurrencyType::privateQueueConcurrencyType);
+  child->setParentContext(store.context);
+  NotificationRecorder childSaved(NSManagedObjectContextDidSaveNotification, child.get());
+  NotificationRecorder parentSaved(NSManagedObjectContextDidSaveNotification, store.context.get());
+
+  auto added = makeTask(*child, "From the child");
+  child->save();
+  auto posted = childSaved.notifications();
+  ASSERT_EQ(posted.size(), 1u);
+  EXPECT_EQ(objectsUnder(posted[0], NSInsertedObjectsKey), ManagedObjectSet{added});
+  EXPECT_TRUE(objectsUnder(posted[0], NSUpdatedObjectsKey).empty());
+  // The parent only holds the change; it posts when it saves itself.
+  EXPECT_EQ(parentSaved.count(), 0u);
+  store.context->save();
+  EXPECT_EQ(parentSaved.count(), 1u);
+}
+
+}  // namespace
+}  // namespace kestrona
