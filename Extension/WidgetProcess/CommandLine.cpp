@@ -1,8 +1,8 @@
 #include "Extension/WidgetProcess/CommandLine.h"
 
+#include <filesystem>
 #include <ostream>
 
-#include "Platform/WidgetHost/InotifyFileChangeMonitor.h"
 
 namespace kestrona {
 namespace {
@@ -31,6 +31,10 @@ const std::vector<WidgetCommand>& widgetCommands() {
       {"placeholder", "KIND [--family F] [--now SECONDS]", runPlaceholderCommand},
       {"list", "", runListCommand},
       {"run", "[--for SECONDS]", runRunCommand},
+      {"render", "KIND [--family F] [--now SECONDS] [--scale N] --out FILE.png|FILE.svg", runRenderCommand},
+      {"render-all", "--out DIR [--now SECONDS]", runRenderAllCommand},
+      {"press", "KIND [--family F] (--x X --y Y | --plate N) [--now SECONDS]   (plates count from 1)",
+       runPressCommand},
   };
   return commands;
 }
@@ -54,8 +58,11 @@ int runWidgetProcess(const KestronaWidgets& bundle, const std::vector<std::strin
       errors << "kestrona-widgets: " << error.localizedDescription() << "\n";
       errors << "Run 'kestrona-widgets --help' for the usage.\n";
       return kUsageStatus;
-    } catch (const FileChangeMonitorError& error) {
+    } catch (const Error& error) {
       errors << "kestrona-widgets: " << error.localizedDescription() << "\n";
+      return kFailureStatus;
+    } catch (const std::filesystem::filesystem_error& error) {
+      errors << "kestrona-widgets: " << error.what() << "\n";
       return kFailureStatus;
     }
   }

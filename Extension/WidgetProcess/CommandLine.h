@@ -5,6 +5,9 @@
 //   kestrona-widgets placeholder KIND [--family F] [--now SECONDS]
 //   kestrona-widgets list
 //   kestrona-widgets run [--for SECONDS]
+//   kestrona-widgets render KIND [--family F] [--now SECONDS] [--scale N] --out FILE
+//   kestrona-widgets render-all --out DIR [--now SECONDS]
+//   kestrona-widgets press KIND [--family F] (--x X --y Y | --plate N) [--now SECONDS]
 //
 // runWidgetProcess() looks the command up in one dispatch table
 // (widgetCommands()), runs it with the bundle, and answers the exit status:
@@ -12,7 +15,9 @@
 // unknown command, kind or family, a family the widget doesn't offer, a
 // missing or malformed value, an extra argument). Then it writes one line
 // "kestrona-widgets: <what was wrong>" and a hint to the error stream, and
-// nothing to the output. 1 when run cannot watch the widget files.
+// nothing to the output. 1 when the command could not do its work: run
+// cannot watch the widget files, a drawing or a file cannot be written, a
+// pressed button's intent failed.
 //
 // Each command lives in a file of its own and reports a wrong command line
 // by throwing CommandLineError. Runs on the calling thread.
@@ -73,5 +78,8 @@ int runSnapshotCommand(const CommandInvocation& invocation);
 int runPlaceholderCommand(const CommandInvocation& invocation);
 int runListCommand(const CommandInvocation& invocation);
 int runRunCommand(const CommandInvocation& invocation);
+int runRenderCommand(const CommandInvocation& invocation);
+int runRenderAllCommand(const CommandInvocation& invocation);
+int runPressCommand(const CommandInvocation& invocation);
 
 }  // namespace kestrona

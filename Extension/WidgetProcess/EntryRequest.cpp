@@ -1,61 +1,12 @@
 #include "Extension/WidgetProcess/EntryRequest.h"
 
-#include <charconv>
-#include <cmath>
-
 #include "Extension/WidgetProcess/CommandLine.h"
+#include "Platform/WidgetHost/WidgetHost.h"
 
 namespace kestrona {
 namespace {
 
 using Code = CommandLineErrorCode;
-
-struct Options {
-  std::optional<std::string> kind;
-  std::optional<std::string> family;
-  std::optional<std::string> now;
-};
-
-// Reads "--name value" or "--name=value" at position; true when it was name.
-bool readOption(const std::vector<std::string>& arguments, std::size_t& position, std::string_view name,
-                std::optional<std::string>& value) {
-  const std::string& argument = arguments[position];
-  if (argument.rfind(name, 0) != 0) return false;
-  std::string_view rest = std::string_view(argument).substr(name.size());
-  if (!rest.empty() && rest.front() != '=') return false;
-  if (value) throw CommandLineError(Code::unexpectedArgument, std::string(name) + " is given twice");
-  if (!rest.empty()) {
-    value = std::string(rest.substr(1));
-  } else if (position + 1 < arguments.size()) {
-    value = arguments[++position];
-  } else {
-    throw CommandLineError(Code::missingValue, std::string(name) + " needs a value");
-  }
-  return true;
-}
-
-Options readOptions(const std::vector<std::string>& arguments) {
-  Options options;
-  for (std::size_t position = 0; position < arguments.size(); ++position) {
-    if (readOption(arguments, position, "--family", options.family)) continue;
-    if (readOption(arguments, position, "--now", options.now)) continue;
-    const std::string& argument = arguments[position];
-    if (argument.rfind("--", 0) == 0) throw CommandLineError(Code::unexpectedArgument, "unknown option " + argument);
-    if (options.kind) throw CommandLineError(Code::unexpectedArgument, "unexpected argument '" + argument + "'");
-    options.kind = argument;
-  }
-  if (!options.kind) throw CommandLineError(Code::missingValue, "a widget kind is needed");
-  return options;
-}
-
-Date parseSeconds(const std::string& text) {
-  double seconds = 0;
-  auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
-  if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(seconds)) {
-    throw CommandLineError(Code::badValue, "--now takes seconds since 1970, not '" + text + "'");
-  }
-  return Date(seconds);
-}
 
 std::string kindList(const std::vector<WidgetConfiguration>& widgets) {
   std::string list;
@@ -66,32 +17,36 @@ std::string kindList(const std::vector<WidgetConfiguration>& widgets) {
 }  // namespace
 
 std::unique_ptr<EntryRequest> EntryRequest::parse(const KestronaWidgets& bundle,
-                                                  const std::vector<std::string>& arguments) {
-  Options options = readOptions(arguments);
+                                                  const std::vector<std::string>& arguments,
+                                                  const std::vector<std::string_view>& extraOptions) {
+  std::vector<std::string_view> names = {"--family", "--now"};
+  names.insert(names.end(), extraOptions.begin(), extraOptions.end());
   std::unique_ptr<EntryRequest> request(new EntryRequest());
-  if (options.now) {
-    request->clock_.set(parseSeconds(*options.now));
+  request->options_ = readCommandOptions(arguments, names, true);
+  const CommandOptions& options = request->options_;
+  if (!options.argument) throw CommandLineError(Code::missingValue, "a widget kind is needed");
+  if (const std::string* now = options.value("--now")) {
+    request->clock_.set(parseNowOption(*now));
     request->scopedClock_.emplace(request->clock_);
   }
   std::vector<WidgetConfiguration> widgets = bundle.body();
   for (const WidgetConfiguration& widget : widgets) {
-    if (widget.kind() == *options.kind) request->configuration_ = widget;
+    if (widget.kind() == *options.argument) request->configuration_ = widget;
   }
   if (!request->configuration_) {
     throw CommandLineError(Code::unknownKind,
-                           "unknown widget kind '" + *options.kind + "' (kinds: " + kindList(widgets) + ")");
+                           "unknown widget kind '" + *options.argument + "' (kinds: " + kindList(widgets) + ")");
   }
   const WidgetConfiguration& widget = *request->configuration_;
   request->family_ = widget.supportedFamilies().front();
-  if (options.family) {
-    std::optional<WidgetFamily> family = fromRawValue<WidgetFamily>(*options.family);
+  if (const std::string* name = options.value("--family")) {
+    std::optional<WidgetFamily> family = fromRawValue<WidgetFamily>(*name);
     if (!family) {
-      throw CommandLineError(Code::unknownFamily, "unknown family '" + *options.family +
-                                                      "' (families: systemSmall, systemMedium, systemLarge)");
+      throw CommandLineError(Code::unknownFamily,
+                             "unknown family '" + *name + "' (families: systemSmall, systemMedium, systemLarge)");
     }
     if (!widget.isSupported(*family)) {
-      throw CommandLineError(Code::unsupportedFamily,
-                             "the widget '" + widget.kind() + "' has no family " + *options.family);
+      throw CommandLineError(Code::unsupportedFamily, "the widget '" + widget.kind() + "' has no family " + *name);
     }
     request->family_ = *family;
   }
@@ -100,6 +55,14 @@ std::unique_ptr<EntryRequest> EntryRequest::parse(const KestronaWidgets& bundle,
 
 TimelineProviderContext EntryRequest::context() const {
   return TimelineProviderContext{.family = family_, .displayWidth = 0, .displayHeight = 0, .isPreview = false};
+}
+
+const std::string* EntryRequest::option(std::string_view name) const { return options_.value(name); }
+
+AnyTimelineEntry EntryRequest::currentEntry() const {
+  WidgetHost host({*configuration_}, Clock::current(), nullptr);
+  host.start();
+  return *host.currentEntry(configuration_->kind(), family_);
 }
 
 }  // namespace kestrona

@@ -5,7 +5,13 @@
 // for its widgets, so that everything dated "now", a timer placeholder
 // included, takes the fixed moment. The family defaults to the widget's
 // first. Options may come before or after KIND, as "--family F" or
-// "--family=F". Throws CommandLineError for anything it can't read.
+// "--family=F"; a command may take options of its own (extraOptions), which
+// option() gives back unread. Throws CommandLineError for anything it can't
+// read.
+//
+// currentEntry() is the entry the widget shows at the present moment, as
+// the widget host has it: the placeholder first, then the entry of the
+// widget's timeline whose date has come last (or its first, while none has).
 //
 // Holds the clock it installs: not copied or moved; one per command run.
 #pragma once
@@ -13,8 +19,10 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include "Extension/WidgetProcess/CommandOptions.h"
 #include "Extension/WidgetProcess/KestronaWidgets.h"
 #include "Platform/Time/Clock.h"
 #include "Platform/WidgetHost/WidgetConfiguration.h"
@@ -23,7 +31,8 @@ namespace kestrona {
 
 class EntryRequest {
  public:
-  static std::unique_ptr<EntryRequest> parse(const KestronaWidgets& bundle, const std::vector<std::string>& arguments);
+  static std::unique_ptr<EntryRequest> parse(const KestronaWidgets& bundle, const std::vector<std::string>& arguments,
+                                             const std::vector<std::string_view>& extraOptions = {});
 
   EntryRequest(const EntryRequest&) = delete;
   EntryRequest& operator=(const EntryRequest&) = delete;
@@ -31,6 +40,9 @@ class EntryRequest {
   const WidgetConfiguration& configuration() const { return *configuration_; }
   WidgetFamily family() const noexcept { return family_; }
   TimelineProviderContext context() const;
+  // The value of one of the extra options; null when it was not given.
+  const std::string* option(std::string_view name) const;
+  AnyTimelineEntry currentEntry() const;
 
  private:
   EntryRequest() = default;
@@ -39,6 +51,7 @@ class EntryRequest {
   std::optional<ScopedClock> scopedClock_;
   std::optional<WidgetConfiguration> configuration_;
   WidgetFamily family_ = WidgetFamily::systemSmall;
+  CommandOptions options_;
 };
 
 }  // namespace kestrona
