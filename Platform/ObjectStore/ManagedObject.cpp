@@ -295,7 +295,10 @@ void ManagedObject::setToOne(const RelationshipDescription& relationship,
   std::optional<ManagedObjectID> oldID = current.objectID();
   if (destination ? (oldID && *oldID == destination->objectID()) : !oldID) return;
   const auto& inverse = relationship.inverseRelationship();
-  std::shared_ptr<ManagedObject> old = oldID ? context_->objectWithID(*oldID) : nullptr;
+  // The old destination matters to a stored inverse, and otherwise only to
+  // its observers, which only a registered object can have.
+  std::shared_ptr<ManagedObject> old;
+  if (oldID) old = inverse.isToMany() ? context_->objectRegisteredForID(*oldID) : context_->objectWithID(*oldID);
   std::shared_ptr<ManagedObject> other;
   if (!inverse.isToMany() && destination) {
     if (auto theirs = destination->slotValue(inverse.slot()).objectID(); theirs && !(*theirs == objectID_)) {
