@@ -167,6 +167,19 @@ TEST_F(ExecutableTest, RenderDrawsTheCurrentEntryToPNGAtItsScaleAndToSVGInPoints
   EXPECT_NE(document.find(R"(width="364pt" height="382pt")"), std::string::npos);
 }
 
+TEST_F(ExecutableTest, AFileThatCannotBeWrittenExitsWithStatusOne) {
+  ProgramRun render = run({"render", "timer", "--out", (directory.path() / "missing" / "timer.png").string()});
+  EXPECT_EQ(render.status, 1);
+  EXPECT_EQ(render.output, "");
+  EXPECT_NE(render.errors.find("kestrona-widgets: "), std::string::npos);
+
+  testing::writeFile(directory.path() / "taken", "a file, not a folder");
+  ProgramRun gallery = run({"render-all", "--out", (directory.path() / "taken" / "gallery").string()});
+  EXPECT_EQ(gallery.status, 1);
+  EXPECT_EQ(gallery.output, "");
+  EXPECT_NE(gallery.errors.find("kestrona-widgets: "), std::string::npos);
+}
+
 TEST_F(ExecutableTest, RenderAllDrawsEveryWidgetInEveryFamilyAndAPageOfThem) {
   const fs::path gallery = directory.path() / "gallery" / "nested";
   ProgramRun result = run({"render-all", "--out", gallery.string(), "--now", std::to_string(kNow)});
