@@ -41,17 +41,6 @@ TEST(CoreDataStackStartUp, MakesAMissingStoreFolderWithItsParentsAndOpensTheStor
   EXPECT_EQ(stack.log().label(), "Data");
 }
 
-TEST(CoreDataStackStartUp, ReopensTheStoreOfAnEarlierStackWithItsData) {
-  TestStack first;
-  ASSERT_EQ(writeAndWait(*first.stack, [](ManagedObjectContext& context) { insertTask(context, "Kept"); }), nullptr);
-  first.stack.reset();
-  first.stack = std::make_unique<CoreDataStack>("StackTest", URL::fileURLWithPath(first.storeDirectory(), true),
-                                                "Store.sqlite", testing::modelBundle());
-  auto task = onlyObject(*first.stack->viewContext(), "Task");
-  ASSERT_NE(task, nullptr);
-  EXPECT_EQ(task->stringForKey("name"), "Kept");
-}
-
 TEST(CoreDataStackStartUpDeathTest, AMissingModelEndsTheProcess) {
   testing::TemporaryDirectory directory;
   EXPECT_DEATH(CoreDataStack("NoSuchModel", URL::fileURLWithPath(directory.path(), true), "Store.sqlite",

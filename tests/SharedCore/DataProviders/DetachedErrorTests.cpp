@@ -141,21 +141,5 @@ TEST_F(DetachedErrors, NestedValuesAreSanitisedAndWhatCannotTravelIsDropped) {
   EXPECT_EQ(*detached.underlyingError()->userInfoValue<std::string>("object"), taskURI);
 }
 
-TEST_F(DetachedErrors, TheDetachedErrorOutlivesItsContext) {
-  const std::string taskURI = task->objectID().URIRepresentation();
-  std::optional<Error> detached;
-  {
-    const Error validation("NSCocoaErrorDomain", 1570, "invalid",
-                           ErrorUserInfo{{StoreError::kValidationObjectKey, object(task)}});
-    detached = detachedFromManagedObjects(validation);
-  }
-  std::weak_ptr<ManagedObject> watched = task;
-  task.reset();
-  session.reset();
-  context.reset();
-  EXPECT_TRUE(watched.expired());
-  EXPECT_EQ(*detached->userInfoValue<std::string>(validationObjectURIKey), taskURI);
-}
-
 }  // namespace
 }  // namespace kestrona
