@@ -239,7 +239,9 @@ void ManagedObjectContext::applyDeleteRules(ManagedObject& object) {
           if (destination->deleted_ || inverse.isToMany()) continue;
           try {
             if (destination->slotValue(inverse.slot()) == Value(object.objectID_)) {
+              destination->willChangeValueForKey(inverse.name());
               destination->setSlot(inverse.slot(), Value());
+              destination->didChangeValueForKey(inverse.name());
             }
           } catch (const StoreError&) {
             // A destination that is already gone from the store needs no nullifying.
@@ -624,9 +626,19 @@ void ManagedObjectContext::saveToParent() {
     for (const auto& object : changes) {
       if (object->deleted_ || object->inserted_) continue;
       auto copy = parent->objectWithID(object->objectID_);
+      copy->fireFault();
+      std::vector<Value> values = copy->values_;
+      bool changed = false;
       for (std::size_t slot = 0; slot < object->values_.size(); ++slot) {
-        if (!(object->values_[slot] == object->committed_[slot])) copy->setSlot(slot, object->values_[slot]);
+        if (!(object->values_[slot] == object->committed_[slot])) {
+          values[slot] = object->values_[slot];
+          changed = true;
+        }
       }
+      if (!changed) continue;
+      // Observers of the parent's object hear the child's changes arrive.
+      copy->assignValues(std::move(values));
+      parent->noteChanged(*copy);
     }
     for (const auto& object : changes) {
       if (!object->deleted_) continue;

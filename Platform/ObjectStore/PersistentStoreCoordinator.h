@@ -6,10 +6,12 @@
 // power loss) and a busy timeout, creates the schema derived from the model
 // (one table per entity hierarchy; see docs/architecture.md) and migrates an
 // older file in place: added entities, attributes and relationships are
-// added, with their default values. A removed or retyped property, or
-// migration switched off while the file needs it, fails the open with
-// StoreError migration (134110); a file that is not a store fails with
-// persistentStoreOpen (134080). Only one store per coordinator.
+// added, with their default values, and so is the row version of a file
+// made before rows had one (every existing row starts at version 1). A
+// removed or retyped property, or migration switched off while the file
+// needs it, fails the open with StoreError migration (134110); a file that
+// is not a store fails with persistentStoreOpen (134080). Only one store
+// per coordinator.
 //
 // The store keeps its identifier (a UUID made when the file is created) and
 // free metadata in the file. managedObjectIDForURIRepresentation turns a

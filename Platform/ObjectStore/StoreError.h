@@ -33,7 +33,8 @@ class StoreError : public CodedError<StoreErrorCode> {
  public:
   static constexpr const char* kDomain = "NSCocoaErrorDomain";
   // User-info keys: the entity and the property a validation error is about,
-  // the URI of the object it is about, and the SQLite result code.
+  // the URI of an object that is gone (referential integrity, 133000), and
+  // the SQLite result code.
   static constexpr const char* kEntityKey = "NSValidationErrorEntity";
   static constexpr const char* kKeyKey = "NSValidationErrorKey";
   static constexpr const char* kObjectURIKey = "NSValidationErrorObjectURI";

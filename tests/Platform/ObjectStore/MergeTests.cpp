@@ -191,6 +191,48 @@ TEST(AutomaticMerge, PendingChangesFollowTheMergePolicy) {
   }
 }
 
+TEST(AutomaticMerge, AnObjectTrumpMainContextKeepsItsUnsavedValueAndHearsTheRest) {
+  TestStore store;
+  auto task = makeTask(*store.context, "Stored");
+  store.context->save();
+
+  MainLoop loop;
+  auto main = makeMainContext(store, loop);
+  main->setMergePolicy(MergePolicyType::mergeByPropertyObjectTrumpMergePolicyType);
+  auto held = main->existingObjectWithID(task->objectID());
+  held->setValue("Typed on main", "name");
+  std::vector<KeyValueChange> names;
+  std::vector<KeyValueChange> orders;
+  auto t1 = held->observe("name", KeyValueObservingOption::newValue,
+                          [&](const KeyValueChange& change) { names.push_back(change); });
+  auto t2 = held->observe("order", KeyValueObservingOption::oldValue | KeyValueObservingOption::newValue,
+                          [&](const KeyValueChange& change) { orders.push_back(change); });
+  NotificationRecorder merged(NSManagedObjectContextDidMergeChangesObjectIDsNotification, main.get());
+
+  std::thread writer([&] {
+    auto writing = store.newContext();
+    writing->performAndWait([&] {
+      auto object = writing->existingObjectWithID(task->objectID());
+      object->setValue("Written", "name");
+      object->setValue(4, "order");
+      writing->save();
+    });
+  });
+  writer.join();
+  ASSERT_TRUE(runLoopUntil(loop, [&] { return merged.count() == 1; }));
+
+  EXPECT_EQ(held->stringForKey("name"), "Typed on main");
+  EXPECT_TRUE(names.empty());
+  ASSERT_EQ(orders.size(), 1u);
+  EXPECT_EQ(orders[0].oldValue, Value(std::int64_t{0}));
+  EXPECT_EQ(orders[0].newValue, Value(std::int64_t{4}));
+  // The merge took the stored row as read, so the kept edit saves cleanly.
+  main->save();
+  auto stored = store.newContext()->existingObjectWithID(task->objectID());
+  EXPECT_EQ(stored->stringForKey("name"), "Typed on main");
+  EXPECT_EQ(stored->integerForKey("order"), 4);
+}
+
 // An object the merging context deleted but did not save stays deleted; a
 // row deleted by the save takes the pending changes of its object with it.
 TEST(AutomaticMerge, DeletedRowsTakeThePendingChangesOfTheirObjects) {

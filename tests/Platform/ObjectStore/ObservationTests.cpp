@@ -278,5 +278,30 @@ TEST_F(Observation, RollbackAndRefreshAnnounceEachChangedKey) {
   EXPECT_FALSE(store.context->hasChanges());
 }
 
+TEST_F(Observation, ChangesFromAChildAndFromDeleteRulesAreAnnounced) {
+  auto entry = makeEntry(0);
+  auto job = makeJob("Job");
+  entry->setValue(Value(job), "job");
+  store.context->save();
+  Heard notes;
+  Heard jobs;
+  auto t1 = entry->observe("note", Option::newValue, notes.callback());
+  auto t2 = entry->observe("job", Option::oldValue | Option::newValue, jobs.callback());
+
+  // A child's save changes the parent's objects in front of their observers.
+  auto child = ManagedObjectContext::make(ManagedObjectContextConcurrencyType::privateQueueConcurrencyType);
+  child->setParentContext(store.context);
+  child->existingObjectWithID(entry->objectID())->setValue("From the child", "note");
+  child->save();
+  ASSERT_EQ(notes.changes.size(), 1u);
+  EXPECT_EQ(notes.changes[0].newValue, Value("From the child"));
+
+  // Deleting the job nullifies the entry's to-one, and says so.
+  store.context->deleteObject(job);
+  ASSERT_EQ(jobs.changes.size(), 1u);
+  EXPECT_EQ(jobs.changes[0].oldValue, Value(job));
+  EXPECT_EQ(jobs.changes[0].newValue, Value());
+}
+
 }  // namespace
 }  // namespace kestrona
