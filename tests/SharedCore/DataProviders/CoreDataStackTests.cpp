@@ -41,6 +41,25 @@ TEST(CoreDataStackStartUp, MakesAMissingStoreFolderWithItsParentsAndOpensTheStor
   EXPECT_EQ(stack.log().label(), "Data");
 }
 
+TEST(CoreDataStackStartUp, WithoutABundleFindsTheModelInTheSharedCoreBundleBesideTheExecutable) {
+  const auto beside = std::filesystem::read_symlink("/proc/self/exe").parent_path() / "SharedCore.bundle";
+  std::filesystem::remove_all(beside);
+  EXPECT_EQ(sharedCoreResourceBundle(), Bundle::main());
+
+  std::filesystem::create_directories(beside);
+  std::filesystem::copy_file(std::filesystem::path(KESTRONA_STACK_TEST_MODELS) / "StackTest.kmodel",
+                             beside / "StackTest.kmodel");
+  {
+    testing::TemporaryDirectory directory;
+    testing::ScopedEnvironment environment;
+    environment.set("XDG_CONFIG_HOME", (directory.path() / "config").string());
+    CoreDataStack stack("StackTest", URL::fileURLWithPath(directory.path(), true), "Store.sqlite");
+    EXPECT_EQ(stack.modelBundle().bundleURL().filesystemPath(), beside);
+    EXPECT_NE(stack.managedObjectModel()->entity("RuleCombination"), nullptr);
+  }
+  std::filesystem::remove_all(beside);
+}
+
 TEST(CoreDataStackStartUpDeathTest, AMissingModelEndsTheProcess) {
   testing::TemporaryDirectory directory;
   EXPECT_DEATH(CoreDataStack("NoSuchModel", URL::fileURLWithPath(directory.path(), true), "Store.sqlite",
