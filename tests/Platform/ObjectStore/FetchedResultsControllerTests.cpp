@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <random>
 #include <string>
 #include <thread>
 #include <vector>
@@ -237,6 +238,36 @@ TEST_F(FetchedResultsControllerTest, PerformFetchTakesInWhatTheControllerWasNotT
   // Saving the object the fetch already holds reports it where it stands.
   context->save();
   EXPECT_EQ(describe(delegate->changes), "4:unsaved@1>1 ");
+}
+
+TEST_F(FetchedResultsControllerTest, ManyMixedSavesKeepTheListEqualToAFreshFetch) {
+  // Every batch is checked by the delegate against the list it replaces;
+  // here the list itself is checked against the store's own answer.
+  std::mt19937 random(11);
+  std::uniform_real_distribution<double> begins(0, 1'000);
+  for (int round = 0; round < 40; ++round) {
+    auto sessions = context->fetch(FetchRequest("Session"));
+    for (int edit = 0; edit < 3; ++edit) {
+      auto& session = sessions[random() % sessions.size()];
+      switch (random() % 4) {
+        case 0:
+          addSession(*context, "n" + std::to_string(round) + "." + std::to_string(edit), begins(random),
+                     random() % 2 == 0);
+          break;
+        case 1:
+          if (!session->isDeleted() && sessions.size() > 4) context->deleteObject(session);
+          break;
+        case 2:
+          if (!session->isDeleted()) session->setValue(Date(begins(random)), "begin");
+          break;
+        default:
+          if (!session->isDeleted()) session->setValue(!session->boolForKey("isBillable"), "isBillable");
+      }
+    }
+    context->save();
+    ASSERT_EQ(controller->fetchedObjects(), context->fetch(billableSessionsNewestFirst())) << "after round " << round;
+  }
+  EXPECT_FALSE(delegate->changes.empty());
 }
 
 TEST(FetchedResultsControllerMerge, APrivateSaveMergedIntoTheMainContextReportsItOnceWithTheMainContextsObjects) {
