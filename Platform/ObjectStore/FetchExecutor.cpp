@@ -223,13 +223,16 @@ std::vector<std::shared_ptr<ManagedObject>> FetchExecutor::objects() {
     std::int64_t version = 0;
   };
   std::vector<Row> rows;
+  // Every entity of the hierarchy shares the table, so the version column
+  // is the same for each row.
+  const int versionColumn = 2 + table.versionColumn;
   coordinator_->query(sql, compiler_.bindings(), [&](const SQLiteStatement& row) {
     auto entity = schema_.entityForCode(row.int64(1));
     if (!entity) return;
     bool values = request_.includesPropertyValues;
     rows.push_back({ManagedObjectID::permanent(coordinator_->storeIdentifier(), entity->entityPointer(), row.int64(0)),
                     values ? coordinator_->decodeRow(*entity, row) : std::vector<Value>(),
-                    values ? coordinator_->decodeVersion(*entity, row) : 0});
+                    values && !row.isNull(versionColumn) ? row.int64(versionColumn) : 0});
   });
   std::vector<std::shared_ptr<ManagedObject>> result;
   result.reserve(rows.size() + candidates_.size());

@@ -29,7 +29,9 @@
 // synchronously, on the thread that made the change (the context's queue).
 // setValue announces by itself the key it sets and, for relationships, the
 // inverse keys of the objects on the other side; a refresh by a merge,
-// refreshObject and rollback announce each key whose value they change.
+// refreshObject and rollback announce each attribute and to-one whose value
+// they change (not the to-many keys of other objects whose members moved:
+// those read the store afresh, but unannounced).
 // Code that changes a computed key's inputs by other means announces it by
 // hand with willChangeValueForKey / didChangeValueForKey, which nest: the
 // observers hear once, when the outermost did comes. A key path through
