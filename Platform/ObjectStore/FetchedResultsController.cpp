@@ -209,6 +209,25 @@ void FetchedResultsController::apply(const Changes& changes) {
   }
   if (!touched && toPlace.empty()) return;
 
+  struct Event {
+    FetchedResultsChangeType type;
+    std::shared_ptr<ManagedObject> object;
+    std::optional<std::size_t> oldIndex;
+    std::optional<std::size_t> newIndex;
+  };
+  std::vector<Event> deletes;
+  for (std::size_t index = 0; index < oldCount; ++index) {
+    if (fates[index] == Fate::deleted) {
+      deletes.push_back({FetchedResultsChangeType::deleteChange, objects_[index], index, std::nullopt});
+    }
+  }
+
+  // Held for the whole batch, so a delegate that hears will-change also hears
+  // did-change. It hears will-change while the old list is still whole: the
+  // new one is built by taking the old one apart.
+  auto delegate = delegate_.lock();
+  if (delegate) delegate->controllerWillChangeContent(*this);
+
   // The objects that keep their places are still in order among themselves:
   // their keys did not change, or changed to equal ones. The others are
   // merged in, each after the kept objects it ties with.
@@ -217,8 +236,11 @@ void FetchedResultsController::apply(const Changes& changes) {
   std::vector<std::size_t> keptBefore(oldCount);
   for (std::size_t index = 0; index < oldCount; ++index) {
     keptBefore[index] = kept.size();
-    if (fates[index] == Fate::stays) kept.push_back({objects_[index], keys_[index], index, false});
-    if (fates[index] == Fate::updated) kept.push_back({objects_[index], std::move(newKeys[index]), index, false});
+    if (fates[index] == Fate::stays) {
+      kept.push_back({std::move(objects_[index]), std::move(keys_[index]), index, false});
+    } else if (fates[index] == Fate::updated) {
+      kept.push_back({std::move(objects_[index]), std::move(newKeys[index]), index, false});
+    }
   }
   std::stable_sort(toPlace.begin(), toPlace.end(), [this](const Placed& lhs, const Placed& rhs) {
     if (precedes(lhs.keys, rhs.keys)) return true;
@@ -252,21 +274,9 @@ void FetchedResultsController::apply(const Changes& changes) {
     }
   }
 
-  struct Event {
-    FetchedResultsChangeType type;
-    std::shared_ptr<ManagedObject> object;
-    std::optional<std::size_t> oldIndex;
-    std::optional<std::size_t> newIndex;
-  };
-  std::vector<Event> deletes;
   std::vector<Event> inserts;
   std::vector<Event> moves;
   std::vector<Event> updates;
-  for (std::size_t index = 0; index < oldCount; ++index) {
-    if (fates[index] == Fate::deleted) {
-      deletes.push_back({FetchedResultsChangeType::deleteChange, objects_[index], index, std::nullopt});
-    }
-  }
   for (std::size_t position = 0; position < merged.size(); ++position) {
     const auto& entry = merged[position];
     if (!entry.oldIndex) {
@@ -290,11 +300,6 @@ void FetchedResultsController::apply(const Changes& changes) {
   std::sort(updates.begin(), updates.end(),
             [](const Event& lhs, const Event& rhs) { return *lhs.oldIndex < *rhs.oldIndex; });
 
-  // Held for the whole batch, so a delegate that hears will-change also hears
-  // did-change.
-  auto delegate = delegate_.lock();
-  if (delegate) delegate->controllerWillChangeContent(*this);
-
   objects_.clear();
   keys_.clear();
   objects_.reserve(merged.size());
@@ -303,7 +308,9 @@ void FetchedResultsController::apply(const Changes& changes) {
     objects_.push_back(std::move(entry.object));
     keys_.push_back(std::move(entry.keys));
   }
-  rebuildPositions();
+  // Updated in place rather than rebuilt: most objects keep their entry.
+  for (const auto& event : deletes) positions_.erase(event.object.get());
+  for (std::size_t index = 0; index < objects_.size(); ++index) positions_.insert_or_assign(objects_[index].get(), index);
 
   if (!delegate) return;
   auto toIndexPath = [](std::optional<std::size_t> index) -> std::optional<IndexPath> {
