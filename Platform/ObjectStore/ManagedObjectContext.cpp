@@ -439,7 +439,7 @@ void ManagedObjectContext::save() {
   precondition(coordinator != nullptr, "A context needs a coordinator to save");
   PersistentStoreCoordinator::SaveRequest request;
   request.mergePolicy = mergePolicy_;
-  for (const auto& object : deleted) request.deleted.push_back(object->objectID_);
+  for (const auto& object : deleted) request.deleted.push_back({object->objectID_, object->version_});
   for (const auto& object : inserted) request.inserted.push_back({object->objectID_, object->values_, {}, {}, 0});
   for (const auto& object : updated) {
     PersistentStoreCoordinator::RowChange change{object->objectID_, object->values_, {}, object->committed_,

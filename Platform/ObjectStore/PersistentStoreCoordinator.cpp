@@ -566,6 +566,18 @@ PersistentStoreCoordinator::SaveResult PersistentStoreCoordinator::save(const Sa
       statement.step();
       result.versions[update.objectID] = (stored ? stored->version : update.version) + 1;
     }
+    // Deleting a row changed since it was read would drop that change
+    // unseen; only the error policy refuses it (the other policies let this
+    // context's decision stand). A row already gone needs no deleting.
+    if (request.mergePolicy == MergePolicyType::errorMergePolicyType) {
+      for (const auto& deletion : request.deleted) {
+        if (deletion.objectID.isTemporaryID() || deletion.version == 0) continue;
+        auto stored = loadRowLocked(deletion.objectID);
+        if (stored && stored->version != deletion.version) {
+          conflicts.push_back(RowConflict{deletion.objectID, std::move(stored), deletion.version});
+        }
+      }
+    }
     if (!conflicts.empty()) {
       auto count = conflicts.size();
       throw StoreError(StoreErrorCode::managedObjectMerge,
@@ -574,7 +586,8 @@ PersistentStoreCoordinator::SaveResult PersistentStoreCoordinator::save(const Sa
                        {{StoreError::kSaveConflictsKey, ErrorUserInfoObject(std::move(conflicts))}});
     }
     for (const auto& [temporary, permanent] : permanentIDs) result.versions[permanent] = 1;
-    for (const auto& id : request.deleted) {
+    for (const auto& deletion : request.deleted) {
+      const auto& id = deletion.objectID;
       if (id.isTemporaryID()) continue;
       auto& statement =
           database_->prepare("DELETE FROM " + quoteIdentifier(schema_->table(id.entity()).name) + " WHERE pk = ?");

@@ -53,14 +53,15 @@ class SQLiteStatement;
 class StoreSchema;
 
 // How a save resolves a row that changed in the store since the context
-// read it (its version moved on, or it is gone): errorMergePolicyType fails
-// the save (StoreError managedObjectMerge, 133020, with conflict records
-// under "NSPersistentStoreSaveConflictsErrorKey", see MergeConflict.h); the
-// by-property policies keep,
-// for each property, the context's change (object trump) or the stored
-// value (store trump), and take the store's values for properties the
-// context did not change; overwrite writes the context's object whole;
-// rollback keeps the stored row whole.
+// read it (its version moved on): errorMergePolicyType fails the save
+// (StoreError managedObjectMerge, 133020, with conflict records under
+// "NSPersistentStoreSaveConflictsErrorKey", see MergeConflict.h); the
+// by-property policies keep, for each property, the context's change
+// (object trump) or the stored value (store trump), and take the store's
+// values for properties the context did not change; overwrite writes the
+// context's object whole; rollback keeps the stored row whole. Updating a
+// row that is gone fails under every policy; deleting a changed row fails
+// under the error policy only.
 enum class MergePolicyType : int {
   errorMergePolicyType = 0,
   mergeByPropertyStoreTrumpMergePolicyType = 1,
@@ -137,7 +138,14 @@ class PersistentStoreCoordinator {
     std::vector<Value> snapshot;
     std::int64_t version = 0;
   };
-  // An update that found its row changed or gone, as the error of a failed
+  // A row to delete, with the version the context last read (0, unknown,
+  // is not checked).
+  struct RowDeletion {
+    ManagedObjectID objectID;
+    std::int64_t version = 0;
+  };
+  // An update that found its row changed or gone, or a deletion under the
+  // error policy that found its row changed, as the error of a failed
   // save carries it (an ErrorUserInfoObject holding a
   // std::vector<RowConflict> under "NSPersistentStoreSaveConflictsErrorKey");
   // the context turns them into MergeConflict records.
@@ -150,7 +158,7 @@ class PersistentStoreCoordinator {
   struct SaveRequest {
     std::vector<RowChange> inserted;  // IDs may be temporary
     std::vector<RowChange> updated;
-    std::vector<ManagedObjectID> deleted;
+    std::vector<RowDeletion> deleted;
     MergePolicyType mergePolicy = MergePolicyType::errorMergePolicyType;
   };
   struct SaveResult {

@@ -114,6 +114,31 @@ TEST(OptimisticLocking, ARowDeletedMeanwhileIsAConflictUnderEveryPolicy) {
   EXPECT_EQ(conflictsOf(*mine).size(), 1u);
 }
 
+// Deleting a row someone else changed since it was read would lose their
+// change unseen: the default policy refuses it, the others let it go.
+TEST(OptimisticLocking, DeletingARowChangedMeanwhileFailsUnderTheDefaultPolicy) {
+  TestStore store;
+  auto task = makeTask(*store.context, "Shared");
+  store.context->save();
+  auto mine = store.newContext();
+  auto ours = mine->existingObjectWithID(task->objectID());
+  task->setValue("Changed", "name");
+  store.context->save();
+
+  mine->deleteObject(ours);
+  auto conflicts = conflictsOf(*mine);
+  ASSERT_EQ(conflicts.size(), 1u);
+  EXPECT_EQ(conflicts[0].sourceObject, ours);
+  EXPECT_EQ(conflicts[0].persistedSnapshot.at("name"), Value("Changed"));
+  EXPECT_EQ(conflicts[0].oldVersionNumber, 1);
+  EXPECT_EQ(conflicts[0].newVersionNumber, 2);
+  EXPECT_EQ(store.newContext()->count(FetchRequest("Task")), 1u);
+
+  mine->setMergePolicy(MergePolicyType::mergeByPropertyObjectTrumpMergePolicyType);
+  EXPECT_NO_THROW(mine->save());
+  EXPECT_EQ(store.newContext()->count(FetchRequest("Task")), 0u);
+}
+
 TEST(OptimisticLocking, ValidationErrorsCarryTheLiveObject) {
   TestStore store;
   auto task = makeTask(*store.context, "Task");
