@@ -195,8 +195,9 @@ void CoreDataStack::addPersistentStore(PersistentStoreCoordinator& coordinator) 
 
   if (!failure) {
     try {
-      coordinator.addPersistentStore(directory / storeName_, PersistentStoreOptions{.migratePersistentStoresAutomatically = true,
-                                                                                    .inferMappingModelAutomatically = true});
+      const PersistentStoreOptions options{.migratePersistentStoresAutomatically = true,
+                                           .inferMappingModelAutomatically = true};
+      coordinator.addPersistentStore(directory / storeName_, options);
     } catch (const Error& error) {
       failure = error;
     } catch (const std::exception& error) {

@@ -2,13 +2,15 @@
 //
 // All are posted on NotificationCenter::defaultCenter():
 //
-// | Name                   | Object          | User info                                      |
-// |------------------------|-----------------|------------------------------------------------|
-// | "WriteContextWillSave" | the coordinator | "writeContextChanges": WriteContextWillSaveChanges |
-// | "WriteContextDidSave"  | the coordinator | "writeContextChanges": WriteContextDidSaveChanges  |
-// | "mainContextDidChange" | none            | "contextChanges": ContextChanges, and a ManagedObjectIDSet under each of "insertedObjectIDs", "updatedObjectIDs", "deletedObjectIDs" |
+// - "WriteContextWillSave", object the coordinator: a
+//   WriteContextWillSaveChanges under "writeContextChanges";
+// - "WriteContextDidSave", object the coordinator: a
+//   WriteContextDidSaveChanges under "writeContextChanges";
+// - "mainContextDidChange", no object: the ContextChanges under
+//   "contextChanges", and a ManagedObjectIDSet under each of
+//   "insertedObjectIDs", "updatedObjectIDs" and "deletedObjectIDs".
 //
-// The writable data provider posts them: the first two on the main loop
+// The writable data provider is to post them: the first two on the main loop
 // after the write context's will-save and did-save, the last after the view
 // context merged a write. A sync engine may listen to the first two.
 // mainContextDidChangeUserInfo() assembles the user info of the last from

@@ -76,7 +76,10 @@ void BM_WriteUntilTheViewContextObserverHears(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations());
   }
 }
-BENCHMARK(BM_WriteUntilTheViewContextObserverHears)->Unit(benchmark::kMillisecond)->MeasureProcessCPUTime()->UseRealTime();
+BENCHMARK(BM_WriteUntilTheViewContextObserverHears)
+    ->Unit(benchmark::kMillisecond)
+    ->MeasureProcessCPUTime()
+    ->UseRealTime();
 
 void BM_WriteUntilItsCompletion(benchmark::State& state) {
   StackFixture fixture;

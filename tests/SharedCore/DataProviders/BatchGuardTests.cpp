@@ -86,7 +86,8 @@ TEST(BatchGuard, AnIdentifierOnTheLogEntityMakesItSynced) {
   TestStack test("StackTestSyncedLog");
   fill(*test.stack);
   auto context = test.stack->privateContext();
-  context->performAndWait([&] { EXPECT_THROW(context->execute(deleteAll("ALEntry")), BatchRequestOnSyncedEntityError); });
+  context->performAndWait(
+      [&] { EXPECT_THROW(context->execute(deleteAll("ALEntry")), BatchRequestOnSyncedEntityError); });
   EXPECT_EQ(countOf(*context, "ALEntry"), 1u);
 }
 

@@ -272,8 +272,8 @@ TEST(CoreDataStackWrite, ABlockThatChangesNothingSavesNothingAndPostsNoDidSave) 
   auto didSave = NotificationCenter::defaultCenter().addObserver(
       std::string(NSManagedObjectContextDidSaveNotification), nullptr, [&](const Notification&) { ++didSaves; });
 
-  EXPECT_EQ(writeAndWait(stack, [](ManagedObjectContext& context) { EXPECT_EQ(context.count(FetchRequest("Task")), 0u); }),
-            nullptr);
+  auto readOnly = [](ManagedObjectContext& context) { EXPECT_EQ(context.count(FetchRequest("Task")), 0u); };
+  EXPECT_EQ(writeAndWait(stack, readOnly), nullptr);
   EXPECT_EQ(willSaves, 0);
   EXPECT_EQ(didSaves, 0);
 
