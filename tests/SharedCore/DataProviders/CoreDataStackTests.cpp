@@ -64,6 +64,7 @@ TEST(CoreDataStackStartUpDeathTest, AMissingModelEndsTheProcess) {
   testing::TemporaryDirectory directory;
   EXPECT_DEATH(CoreDataStack("NoSuchModel", URL::fileURLWithPath(directory.path(), true), "Store.sqlite",
                              testing::modelBundle()),
+               "error Data: modelName=NoSuchModel .*Unable to find data model.*"
                "Fatal error: \\[CoreDataManager\\] unable to find data model");
 }
 
@@ -72,6 +73,7 @@ TEST(CoreDataStackStartUpDeathTest, ADamagedModelEndsTheProcess) {
   testing::writeFile(directory.path() / "Broken.kmodel", "{\"entities\": [");
   auto bundle = Bundle::load(directory.path());
   EXPECT_DEATH(CoreDataStack("Broken", URL::fileURLWithPath(directory.path() / "Store", true), "Store.sqlite", bundle),
+               "error Data: modelUrl=/.*/Broken.kmodel .*Unable to load data model.*"
                "Fatal error: \\[CoreDataStack\\] Unable to Load Data Model");
 }
 
@@ -80,6 +82,7 @@ TEST(CoreDataStackStartUpDeathTest, AFileWhereTheStoreFolderShouldBeEndsTheProce
   const auto file = directory.path() / "NotAFolder";
   testing::writeFile(file, "text");
   EXPECT_DEATH(CoreDataStack("StackTest", URL::fileURLWithPath(file), "Store.sqlite", testing::modelBundle()),
+               "error Data: failureReason=Expected a folder .*Error on adding the persistent store.*"
                "Fatal error: \\[CoreDataManager\\] Unsresolved error: Expected a folder to store application data, "
                "found a file /.*/NotAFolder\\.");
 }
@@ -91,6 +94,7 @@ TEST(CoreDataStackStartUpDeathTest, AStoreFolderThatCannotBeReadEndsTheProcess) 
   // A path through a file cannot be read (ENOTDIR), and so cannot be made.
   EXPECT_DEATH(CoreDataStack("StackTest", URL::fileURLWithPath(file / "Store", true), "Store.sqlite",
                              testing::modelBundle()),
+               "error Data: error=.*Error on adding the persistent store.*"
                "Fatal error: \\[CoreDataManager\\] Unresolved error: .*NSCocoaErrorDomain 256.*NSFilePath");
 }
 
@@ -289,6 +293,7 @@ TEST(CoreDataStackWrite, AFailingBlockRollsBackAndHandsOnItsTypedErrorWithoutAVa
   MainLoopWaiter waiter;
   std::exception_ptr failure;
   std::optional<int> received = 0;
+  ::testing::internal::CaptureStderr();
   stack.executeUntrackedWriteOperation(
       [](ManagedObjectContext& context) -> int {
         insertTask(context, "Never saved");
@@ -300,7 +305,10 @@ TEST(CoreDataStackWrite, AFailingBlockRollsBackAndHandsOnItsTypedErrorWithoutAVa
         waiter.finish();
       });
   waiter.wait();
+  const std::string logged = ::testing::internal::GetCapturedStderr();
 
+  EXPECT_NE(logged.find("error Data: code=1550 domain=NSCocoaErrorDomain error=refused"), std::string::npos) << logged;
+  EXPECT_NE(logged.find("Error on executing write operation"), std::string::npos) << logged;
   ASSERT_NE(failure, nullptr);
   EXPECT_EQ(received, std::nullopt);
   try {
