@@ -475,6 +475,15 @@ bool ManagedObject::triggers(std::string_view observedKey, std::string_view chan
 
 KeyValueObservation ManagedObject::observe(std::string keyPath, KeyValueObservingOptions options,
                                            ObservationCallback callback) {
+  // A change is told with the value before it, so an observed object holds
+  // its values: a fault loads now, or a merge would refresh it unheard. A
+  // row already gone leaves it a fault, which fails at its first access.
+  if (state_ == FaultingState::fault && context_ != nullptr) {
+    try {
+      fireFault();
+    } catch (const StoreError&) {
+    }
+  }
   if (!observation_) observation_ = std::make_unique<ObservationInfo>();
   auto observation = std::make_shared<Observation>();
   auto dot = keyPath.find('.');

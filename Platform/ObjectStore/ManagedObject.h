@@ -39,7 +39,8 @@
 // when a relationship on the way points elsewhere. The returned
 // KeyValueObservation removes the observer when it is destroyed or
 // invalidated; it is safe after the object or its context is gone. An
-// object nobody observes keeps no observation state.
+// object nobody observes keeps no observation state; observing a fault
+// loads it, so that the changes a merge brings are heard.
 #pragma once
 
 #include <cstdint>

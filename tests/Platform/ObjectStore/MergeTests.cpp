@@ -95,6 +95,37 @@ TEST(AutomaticMerge, APrivateSaveReachesTheMainContextOnItsLoop) {
   EXPECT_FALSE(main->hasChanges());
 }
 
+// An object the main context holds only as a fault (never read) is loaded
+// when observed, so the merge of a later save is heard with both values.
+TEST(AutomaticMerge, AnObservedFaultHearsTheMerge) {
+  TestStore store;
+  auto task = makeTask(*store.context, "Before");
+  store.context->save();
+
+  MainLoop loop;
+  auto main = makeMainContext(store, loop);
+  auto fault = main->objectWithID(task->objectID());
+  ASSERT_TRUE(fault->isFault());
+  std::vector<KeyValueChange> heard;
+  auto observation = fault->observe("name", KeyValueObservingOption::oldValue | KeyValueObservingOption::newValue,
+                                    [&](const KeyValueChange& change) { heard.push_back(change); });
+  NotificationRecorder merged(NSManagedObjectContextDidMergeChangesObjectIDsNotification, main.get());
+
+  std::thread writer([&] {
+    auto writing = store.newContext();
+    writing->performAndWait([&] {
+      writing->existingObjectWithID(task->objectID())->setValue("After", "name");
+      writing->save();
+    });
+  });
+  ASSERT_TRUE(runLoopUntil(loop, [&] { return merged.count() == 1; }));
+  writer.join();
+
+  ASSERT_EQ(heard.size(), 1u);
+  EXPECT_EQ(heard[0].oldValue, Value("Before"));
+  EXPECT_EQ(heard[0].newValue, Value("After"));
+}
+
 TEST(AutomaticMerge, APrivateContextMergesWhenItsQueueIsNextEntered) {
   TestStore store;
   auto task = makeTask(*store.context, "Before");
