@@ -174,10 +174,7 @@ std::string FetchExecutor::orderClause() {
   return clause;
 }
 
-namespace {
-
-// Sorts by the format language's order, nil first when ascending.
-bool precedes(const Value& left, const Value& right, bool ascending) {
+bool precedesInSortOrder(const Value& left, const Value& right, bool ascending) {
   if (left.isNil() || right.isNil()) {
     if (left.isNil() == right.isNil()) return false;
     return ascending ? left.isNil() : right.isNil();
@@ -185,8 +182,6 @@ bool precedes(const Value& left, const Value& right, bool ascending) {
   auto order = left <=> right;
   return ascending ? order == std::partial_ordering::less : order == std::partial_ordering::greater;
 }
-
-}  // namespace
 
 namespace {
 
@@ -197,8 +192,8 @@ void sortByDescriptors(std::vector<std::shared_ptr<ManagedObject>>& objects,
     for (const auto& descriptor : descriptors) {
       Value left = lhs->valueForKeyPath(descriptor.key);
       Value right = rhs->valueForKeyPath(descriptor.key);
-      if (precedes(left, right, descriptor.ascending)) return true;
-      if (precedes(right, left, descriptor.ascending)) return false;
+      if (precedesInSortOrder(left, right, descriptor.ascending)) return true;
+      if (precedesInSortOrder(right, left, descriptor.ascending)) return false;
     }
     return false;
   });
@@ -553,8 +548,8 @@ std::vector<std::map<std::string, Value>> FetchExecutor::dictionaries() {
                                     [&descriptor](const Property& p) { return p.name == descriptor.key; });
           if (found == properties.end()) continue;
           auto index = static_cast<std::size_t>(found - properties.begin());
-          if (precedes(lhs[index], rhs[index], descriptor.ascending)) return true;
-          if (precedes(rhs[index], lhs[index], descriptor.ascending)) return false;
+          if (precedesInSortOrder(lhs[index], rhs[index], descriptor.ascending)) return true;
+          if (precedesInSortOrder(rhs[index], lhs[index], descriptor.ascending)) return false;
         }
         return false;
       });

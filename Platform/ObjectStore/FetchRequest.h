@@ -27,6 +27,11 @@ struct SortDescriptor {
   bool ascending = true;
 };
 
+// The order of fetches for one sort key: nil first when ascending and last
+// when descending; values without an order between them (mixed kinds) tie.
+// The store's ORDER BY and every in-memory sort agree with it.
+bool precedesInSortOrder(const Value& left, const Value& right, bool ascending);
+
 class Expression {
  public:
   static Expression expressionForKeyPath(std::string keyPath) { return Expression(std::move(keyPath), {}); }

@@ -14,23 +14,6 @@
 
 namespace kestrona {
 
-namespace {
-
-// The order of fetches: nil first when ascending and last when descending;
-// values without an order between them (mixed kinds) tie. It agrees with the
-// store's ORDER BY and with the in-memory sort of fetches, so a fetched list
-// is already in this order.
-bool valuePrecedes(const Value& left, const Value& right, bool ascending) {
-  if (left.isNil() || right.isNil()) {
-    if (left.isNil() == right.isNil()) return false;
-    return ascending ? left.isNil() : right.isNil();
-  }
-  auto order = left <=> right;
-  return ascending ? order == std::partial_ordering::less : order == std::partial_ordering::greater;
-}
-
-}  // namespace
-
 // What one save or merge said about objects that may concern the results.
 struct FetchedResultsController::Changes {
   // Inserted or updated objects of the requested entity's hierarchy, each
@@ -354,8 +337,8 @@ FetchedResultsController::SortKeys FetchedResultsController::sortKeys(ManagedObj
 bool FetchedResultsController::precedes(const SortKeys& lhs, const SortKeys& rhs) const {
   for (std::size_t index = 0; index < request_.sortDescriptors.size(); ++index) {
     bool ascending = request_.sortDescriptors[index].ascending;
-    if (valuePrecedes(lhs[index], rhs[index], ascending)) return true;
-    if (valuePrecedes(rhs[index], lhs[index], ascending)) return false;
+    if (precedesInSortOrder(lhs[index], rhs[index], ascending)) return true;
+    if (precedesInSortOrder(rhs[index], lhs[index], ascending)) return false;
   }
   return false;
 }
