@@ -17,14 +17,13 @@ StoreError objectGone(const ManagedObjectID& id) {
 
 }  // namespace
 
+std::unique_ptr<ContextQueue> ManagedObjectContext::defaultQueue(ConcurrencyType type) {
+  if (type == ConcurrencyType::mainQueueConcurrencyType) return std::make_unique<MainContextQueue>(MainLoop::main());
+  return std::make_unique<PrivateContextQueue>();
+}
+
 std::shared_ptr<ManagedObjectContext> ManagedObjectContext::make(ConcurrencyType type) {
-  std::unique_ptr<ContextQueue> queue;
-  if (type == ConcurrencyType::mainQueueConcurrencyType) {
-    queue = std::make_unique<MainContextQueue>(MainLoop::main());
-  } else {
-    queue = std::make_unique<PrivateContextQueue>();
-  }
-  return make(type, std::move(queue));
+  return make(type, defaultQueue(type));
 }
 
 std::shared_ptr<ManagedObjectContext> ManagedObjectContext::make(ConcurrencyType type,

@@ -158,6 +158,8 @@ class ManagedObjectContext : public std::enable_shared_from_this<ManagedObjectCo
 
  protected:
   ManagedObjectContext(ConcurrencyType type, std::unique_ptr<ContextQueue> queue);
+  // The queue make(type) gives: MainLoop::main() for a main-queue context.
+  static std::unique_ptr<ContextQueue> defaultQueue(ConcurrencyType type);
 
  private:
   friend class ManagedObject;

@@ -3,8 +3,6 @@
 #include <optional>
 #include <variant>
 
-#include "Platform/RunLoop/MainLoop.h"
-
 namespace kestrona {
 
 namespace {
@@ -32,13 +30,7 @@ BatchRequestOnSyncedEntityError::BatchRequestOnSyncedEntityError(std::string ent
       entityName_(std::move(entityName)) {}
 
 std::shared_ptr<TrackedManagedObjectContext> TrackedManagedObjectContext::make(ConcurrencyType type) {
-  std::unique_ptr<ContextQueue> queue;
-  if (type == ConcurrencyType::mainQueueConcurrencyType) {
-    queue = std::make_unique<MainContextQueue>(MainLoop::main());
-  } else {
-    queue = std::make_unique<PrivateContextQueue>();
-  }
-  return make(type, std::move(queue));
+  return make(type, defaultQueue(type));
 }
 
 std::shared_ptr<TrackedManagedObjectContext> TrackedManagedObjectContext::make(ConcurrencyType type,
