@@ -4,24 +4,13 @@
 // run arbitrary code.
 #include <gtest/gtest.h>
 
-// Fontconfig, Pango, Cairo and GLib keep process-wide caches (the font
-// configuration, the default font map, pools of freed surfaces, the type
-// system) that live until the process ends and are never freed. The leak
-// checker of the sanitizer build would report them at exit; these patterns
-// keep them out of the report. Our own code is never listed. The checker
-// calls this hook by name; other builds never do.
+#include "Platform/View/FontLibraryLeakSuppressions.h"
+
+// Tests draw widgets: keep the font libraries' caches out of the leak report
+// of the sanitizer build (see FontLibraryLeakSuppressions.h).
 extern "C" const char* __lsan_default_suppressions();
 
-extern "C" const char* __lsan_default_suppressions() {
-  return "leak:libfontconfig.so\n"
-         "leak:libcairo.so\n"
-         "leak:libpango-1.0.so\n"
-         "leak:libpangoft2-1.0.so\n"
-         "leak:libpangocairo-1.0.so\n"
-         "leak:libglib-2.0.so\n"
-         "leak:libgobject-2.0.so\n"
-         "leak:libharfbuzz.so\n";
-}
+extern "C" const char* __lsan_default_suppressions() { return kestrona::kFontLibraryLeakSuppressions; }
 
 int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);
