@@ -16,6 +16,7 @@ using testing::makeTask;
 using testing::NotificationRecorder;
 using testing::runLoopUntil;
 using testing::TestStore;
+using testing::userInfoOrFail;
 
 std::shared_ptr<ManagedObjectContext> makeMainContext(TestStore& store, MainLoop& loop) {
   auto context = ManagedObjectContext::make(ManagedObjectContextConcurrencyType::mainQueueConcurrencyType,
@@ -25,12 +26,7 @@ std::shared_ptr<ManagedObjectContext> makeMainContext(TestStore& store, MainLoop
   return context;
 }
 
-const ManagedObjectIDSet& idsUnder(const Notification& notification, std::string_view key) {
-  static const ManagedObjectIDSet none;
-  auto set = notification.userInfoValue<ManagedObjectIDSet>(key);
-  EXPECT_NE(set, nullptr) << key;
-  return set ? *set : none;
-}
+const auto& idsUnder = userInfoOrFail<ManagedObjectIDSet>;
 
 // A save on a writer thread reaches the main context on its main loop: the
 // observer of the changed key hears old and new values, the merge reports

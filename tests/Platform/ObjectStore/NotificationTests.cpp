@@ -10,13 +10,9 @@ namespace {
 using testing::makeTask;
 using testing::NotificationRecorder;
 using testing::TestStore;
+using testing::userInfoOrFail;
 
-const ManagedObjectSet& objectsUnder(const Notification& notification, std::string_view key) {
-  static const ManagedObjectSet none;
-  auto set = notification.userInfoValue<ManagedObjectSet>(key);
-  EXPECT_NE(set, nullptr) << key;
-  return set ? *set : none;
-}
+const auto& objectsUnder = userInfoOrFail<ManagedObjectSet>;
 
 TEST(ContextNotifications, WillSaveSeesThePendingStateAndDidSaveCarriesTheSavedObjects) {
   TestStore store;

@@ -2,6 +2,8 @@
 // private-queue context, and helpers to fill it.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -55,6 +57,16 @@ std::shared_ptr<ManagedObject> makeSession(ManagedObjectContext& context, const 
 // passed; returns whether the condition holds. Nothing is timed: the
 // deadline only keeps a broken test from hanging.
 bool runLoopUntil(MainLoop& loop, const std::function<bool()>& condition);
+
+// The value of type T under key in a notification's user info; a missing
+// key or another type fails the test and gives an empty T.
+template <typename T>
+const T& userInfoOrFail(const Notification& notification, std::string_view key) {
+  static const T none{};
+  const T* value = notification.userInfoValue<T>(key);
+  EXPECT_NE(value, nullptr) << key;
+  return value ? *value : none;
+}
 
 // Keeps every notification of one name from one context posted while it
 // lives, in order.
