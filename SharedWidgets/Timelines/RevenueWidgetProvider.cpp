@@ -26,11 +26,7 @@ RevenueWidgetEntry RevenueWidgetProvider::entryFromRecord(const RevenueWidgetDat
 }
 
 RevenueWidgetEntry RevenueWidgetProvider::entryFor(Date date) const {
-  WidgetDataResult<RevenueWidgetDataVO> read = widgetDataReader_->readCodableData<RevenueWidgetDataVO>();
-  if (!read.isSuccess()) return entryFromRecord(RevenueWidgetDataVO::empty(), date);
-  RevenueWidgetDataVO record = read.value();
-  if (!barsAreCurrent(record.bars, date)) record.bars.clear();
-  return entryFromRecord(record, date);
+  return chartEntryFor<RevenueWidgetDataVO>(*widgetDataReader_, date, &RevenueWidgetProvider::entryFromRecord);
 }
 
 RevenueWidgetEntry RevenueWidgetProvider::placeholder(const TimelineProviderContext& /*context*/) const {
@@ -44,13 +40,7 @@ void RevenueWidgetProvider::getSnapshot(const TimelineProviderContext& /*context
 
 void RevenueWidgetProvider::getTimeline(const TimelineProviderContext& /*context*/,
                                             const std::function<void(Timeline<RevenueWidgetEntry>)>& completion) const {
-  Date now = Date::now();
-  RevenueWidgetEntry first = entryFor(now);
-  RevenueWidgetEntry second = entryFor(secondEntryDate(now, dateRangeType_, first.firstDayOfWeek));
-  Timeline<RevenueWidgetEntry> timeline{.entries = {}, .policy = TimelineReloadPolicy::atEnd()};
-  timeline.entries.push_back(std::move(first));
-  timeline.entries.push_back(std::move(second));
-  completion(std::move(timeline));
+  completion(chartTimeline(Date::now(), dateRangeType_, [this](Date date) { return entryFor(date); }));
 }
 
 }  // namespace kestrona

@@ -20,11 +20,7 @@ TimeTrackedWidgetEntry TimeTrackedWidgetProvider::entryFromRecord(const TimeTrac
 }
 
 TimeTrackedWidgetEntry TimeTrackedWidgetProvider::entryFor(Date date) const {
-  WidgetDataResult<TimeTrackedWidgetDataVO> read = widgetDataReader_->readCodableData<TimeTrackedWidgetDataVO>();
-  if (!read.isSuccess()) return entryFromRecord(TimeTrackedWidgetDataVO::empty(), date);
-  TimeTrackedWidgetDataVO record = read.value();
-  if (!barsAreCurrent(record.bars, date)) record.bars.clear();
-  return entryFromRecord(record, date);
+  return chartEntryFor<TimeTrackedWidgetDataVO>(*widgetDataReader_, date, &TimeTrackedWidgetProvider::entryFromRecord);
 }
 
 TimeTrackedWidgetEntry TimeTrackedWidgetProvider::placeholder(const TimelineProviderContext& /*context*/) const {
@@ -38,13 +34,7 @@ void TimeTrackedWidgetProvider::getSnapshot(const TimelineProviderContext& /*con
 
 void TimeTrackedWidgetProvider::getTimeline(const TimelineProviderContext& /*context*/,
                                             const std::function<void(Timeline<TimeTrackedWidgetEntry>)>& completion) const {
-  Date now = Date::now();
-  TimeTrackedWidgetEntry first = entryFor(now);
-  TimeTrackedWidgetEntry second = entryFor(secondEntryDate(now, dateRangeType_, first.firstDayOfWeek));
-  Timeline<TimeTrackedWidgetEntry> timeline{.entries = {}, .policy = TimelineReloadPolicy::atEnd()};
-  timeline.entries.push_back(std::move(first));
-  timeline.entries.push_back(std::move(second));
-  completion(std::move(timeline));
+  completion(chartTimeline(Date::now(), dateRangeType_, [this](Date date) { return entryFor(date); }));
 }
 
 }  // namespace kestrona
