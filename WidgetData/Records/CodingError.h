@@ -8,9 +8,9 @@
 // value that JSON cannot carry, such as a non-finite number or text that is
 // not UTF-8.
 //
-// Both keep the coding path, the keys (and "Index <n>" for list elements)
-// from the top of the file down to the failing value, under the user-info
-// key "codingPath", and a debug description under "debugDescription".
+// Both are CodingErrors (Platform/Foundation/CodingError.h): they keep the
+// coding path from the top of the file down to the failing value and a
+// debug description.
 // Errors are values, safe to copy and read from any thread.
 #pragma once
 
@@ -19,11 +19,9 @@
 #include <string_view>
 #include <vector>
 
-#include "Platform/Foundation/Error.h"
+#include "Platform/Foundation/CodingError.h"
 
 namespace kestrona {
-
-using CodingPath = std::vector<std::string>;
 
 enum class DecodingErrorCode {
   typeMismatch,
@@ -32,16 +30,13 @@ enum class DecodingErrorCode {
   dataCorrupted,
 };
 
-class DecodingError : public CodedError<DecodingErrorCode> {
+class DecodingError : public CodingError<DecodingErrorCode> {
  public:
   using Code = DecodingErrorCode;
   static constexpr std::string_view kDomain = "DecodingError";
 
   DecodingError(Code code, CodingPath codingPath, std::string debugDescription,
                 std::shared_ptr<const Error> underlying = nullptr);
-
-  CodingPath codingPath() const;
-  std::string debugDescription() const;
 
   // The same error seen from one level further up: key goes in front of the path.
   DecodingError prependingCodingKey(std::string_view key) const;
@@ -51,20 +46,14 @@ enum class EncodingErrorCode {
   invalidValue,
 };
 
-class EncodingError : public CodedError<EncodingErrorCode> {
+class EncodingError : public CodingError<EncodingErrorCode> {
  public:
   using Code = EncodingErrorCode;
   static constexpr std::string_view kDomain = "EncodingError";
 
   EncodingError(Code code, CodingPath codingPath, std::string debugDescription);
 
-  CodingPath codingPath() const;
-  std::string debugDescription() const;
-
   EncodingError prependingCodingKey(std::string_view key) const;
 };
-
-// "a.b.Index 2.c", the path as it reads in descriptions; "" for the top.
-std::string codingPathText(const CodingPath& path);
 
 }  // namespace kestrona

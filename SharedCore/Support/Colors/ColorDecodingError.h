@@ -16,7 +16,7 @@
 #include <string_view>
 #include <vector>
 
-#include "SharedCore/Support/Colors/ColorCodingError.h"
+#include "Platform/Foundation/CodingError.h"
 
 namespace kestrona {
 
@@ -29,13 +29,13 @@ enum class ColorDecodingErrorCode {
   keyNotFound,
 };
 
-class ColorDecodingError : public ColorCodingError<ColorDecodingErrorCode> {
+class ColorDecodingError : public CodingError<ColorDecodingErrorCode> {
  public:
   using Code = ColorDecodingErrorCode;
   static constexpr std::string_view kDomain = "DecodingError";
 
   ColorDecodingError(Code code, std::vector<std::string> codingPath, std::string debugDescription)
-      : ColorCodingError(kDomain, code, std::move(codingPath), std::move(debugDescription)) {}
+      : CodingError(kDomain, code, std::move(codingPath), std::move(debugDescription)) {}
 };
 
 }  // namespace kestrona

@@ -15,7 +15,7 @@
 #include <string_view>
 #include <vector>
 
-#include "SharedCore/Support/Colors/ColorCodingError.h"
+#include "Platform/Foundation/CodingError.h"
 
 namespace kestrona {
 
@@ -24,13 +24,13 @@ enum class ColorEncodingErrorCode {
   invalidValue,
 };
 
-class ColorEncodingError : public ColorCodingError<ColorEncodingErrorCode> {
+class ColorEncodingError : public CodingError<ColorEncodingErrorCode> {
  public:
   using Code = ColorEncodingErrorCode;
   static constexpr std::string_view kDomain = "EncodingError";
 
   ColorEncodingError(Code code, std::vector<std::string> codingPath, std::string debugDescription)
-      : ColorCodingError(kDomain, code, std::move(codingPath), std::move(debugDescription)) {}
+      : CodingError(kDomain, code, std::move(codingPath), std::move(debugDescription)) {}
 };
 
 }  // namespace kestrona
