@@ -37,6 +37,8 @@
 #include <type_traits>
 #include <utility>
 
+#include "Platform/RunLoop/SettlePromise.h"
+
 namespace asio {
 class io_context;
 }
@@ -96,18 +98,7 @@ std::invoke_result_t<Function> MainLoop::performAndWait(Function&& function) {
   // and the caller gets std::future_error instead of waiting forever.
   auto promise = std::make_shared<std::promise<Result>>();
   std::future<Result> future = promise->get_future();
-  post([promise, &function] {
-    try {
-      if constexpr (std::is_void_v<Result>) {
-        std::forward<Function>(function)();
-        promise->set_value();
-      } else {
-        promise->set_value(std::forward<Function>(function)());
-      }
-    } catch (...) {
-      promise->set_exception(std::current_exception());
-    }
-  });
+  post([promise, &function] { detail::settlePromise(*promise, std::forward<Function>(function)); });
   return future.get();
 }
 

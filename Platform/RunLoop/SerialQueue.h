@@ -38,6 +38,7 @@
 
 #include "Platform/Foundation/Error.h"
 #include "Platform/Foundation/FatalError.h"
+#include "Platform/RunLoop/SettlePromise.h"
 
 namespace asio {
 class io_context;
@@ -99,18 +100,7 @@ std::invoke_result_t<Function> SerialQueue::sync(Function&& function) {
   // breaks it and wakes the caller.
   auto promise = std::make_shared<std::promise<Result>>();
   std::future<Result> future = promise->get_future();
-  bool queued = enqueue([promise, &function] {
-    try {
-      if constexpr (std::is_void_v<Result>) {
-        std::forward<Function>(function)();
-        promise->set_value();
-      } else {
-        promise->set_value(std::forward<Function>(function)());
-      }
-    } catch (...) {
-      promise->set_exception(std::current_exception());
-    }
-  });
+  bool queued = enqueue([promise, &function] { detail::settlePromise(*promise, std::forward<Function>(function)); });
   if (!queued) throw SerialQueueError(SerialQueueErrorCode::shutDown, name_);
   try {
     return future.get();
