@@ -61,27 +61,6 @@ struct ManagedObject::ObservationInfo {
   }
 };
 
-KeyValueObservation::KeyValueObservation(KeyValueObservation&& other) noexcept
-    : object_(std::move(other.object_)), id_(std::exchange(other.id_, 0)) {}
-
-KeyValueObservation& KeyValueObservation::operator=(KeyValueObservation&& other) noexcept {
-  if (this != &other) {
-    invalidate();
-    object_ = std::move(other.object_);
-    id_ = std::exchange(other.id_, 0);
-  }
-  return *this;
-}
-
-KeyValueObservation::~KeyValueObservation() { invalidate(); }
-
-void KeyValueObservation::invalidate() noexcept {
-  if (id_ == 0) return;
-  if (auto object = object_.lock()) object->removeObservation(id_);
-  object_.reset();
-  id_ = 0;
-}
-
 ManagedObject::ManagedObject(Construction construction)
     : entity_(construction.entity_),
       context_(construction.context_),
@@ -498,7 +477,7 @@ KeyValueObservation ManagedObject::observe(std::string keyPath, KeyValueObservin
     observation_->observations.push_back(observation);
   }
   attachChild(observation);
-  KeyValueObservation token(weak_from_this(), observation->id);
+  KeyValueObservation token(weak_from_this(), observation->id, &ManagedObject::removeObservationOf);
   if (options & KeyValueObservingOption::initial) {
     KeyValueChange change;
     change.keyPath = observation->keyPath;
@@ -507,6 +486,10 @@ KeyValueObservation ManagedObject::observe(std::string keyPath, KeyValueObservin
     observation->callback(change);
   }
   return token;
+}
+
+void ManagedObject::removeObservationOf(void* object, std::uint64_t id) noexcept {
+  static_cast<ManagedObject*>(object)->removeObservation(id);
 }
 
 void ManagedObject::removeObservation(std::uint64_t id) noexcept {

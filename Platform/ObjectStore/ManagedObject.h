@@ -55,60 +55,17 @@
 #include "Platform/ObjectStore/ManagedObjectID.h"
 #include "Platform/ObjectStore/ManagedObjectModel.h"
 #include "Platform/ObjectStore/Value.h"
+#include "Platform/Observation/KeyValueObservation.h"
+#include "Platform/Observation/KeyValueObserving.h"
 
 namespace kestrona {
 
 class ManagedObjectContext;
 class ManagedObject;
 
-// The options of observe(): which values a change record carries, and
-// whether the observer hears at once (initial) and before each change
-// (prior, with the old value only).
-using KeyValueObservingOptions = unsigned;
-namespace KeyValueObservingOption {
-inline constexpr KeyValueObservingOptions newValue = 0x01;
-inline constexpr KeyValueObservingOptions oldValue = 0x02;
-inline constexpr KeyValueObservingOptions initial = 0x04;
-inline constexpr KeyValueObservingOptions prior = 0x08;
-}  // namespace KeyValueObservingOption
-
-enum class KeyValueChangeKind : int { setting = 1, insertion = 2, removal = 3, replacement = 4 };
-
-// One change as an observer hears it. A to-many key is reported as a
-// setting of the whole array of destinations.
-struct KeyValueChange {
-  KeyValueChangeKind kind = KeyValueChangeKind::setting;
-  // Present when the options asked for them; no old value on the initial
-  // call, no new value on a prior call.
-  std::optional<Value> oldValue;
-  std::optional<Value> newValue;
-  bool isPrior = false;
-  std::string keyPath;
-  // The observed object (the start of the key path).
-  ManagedObject* object = nullptr;
-};
-
-// Keeps one observer registered. Move-only; destruction removes it.
-class KeyValueObservation {
- public:
-  KeyValueObservation() = default;
-  KeyValueObservation(KeyValueObservation&& other) noexcept;
-  KeyValueObservation& operator=(KeyValueObservation&& other) noexcept;
-  ~KeyValueObservation();
-  KeyValueObservation(const KeyValueObservation&) = delete;
-  KeyValueObservation& operator=(const KeyValueObservation&) = delete;
-
-  // Removes the observer; later calls do nothing.
-  void invalidate() noexcept;
-  bool isActive() const noexcept { return id_ != 0 && !object_.expired(); }
-
- private:
-  friend class ManagedObject;
-  KeyValueObservation(std::weak_ptr<ManagedObject> object, std::uint64_t id) : object_(std::move(object)), id_(id) {}
-
-  std::weak_ptr<ManagedObject> object_;
-  std::uint64_t id_ = 0;
-};
+// A change record of a managed object's observer; the observation
+// vocabulary and the token are shared with plain observable objects.
+using KeyValueChange = BasicKeyValueChange<Value, ManagedObject>;
 
 class ManagedObject : public std::enable_shared_from_this<ManagedObject> {
  public:
@@ -199,7 +156,6 @@ class ManagedObject : public std::enable_shared_from_this<ManagedObject> {
 
  private:
   friend class ManagedObjectContext;
-  friend class KeyValueObservation;
   struct Observation;
   struct ObservationInfo;
 
@@ -216,6 +172,8 @@ class ManagedObject : public std::enable_shared_from_this<ManagedObject> {
   // value changes.
   void assignValues(std::vector<Value> values);
   void removeObservation(std::uint64_t id) noexcept;
+  // The remove function of this kind's KeyValueObservation tokens.
+  static void removeObservationOf(void* object, std::uint64_t id) noexcept;
   bool triggers(std::string_view observedKey, std::string_view changedKey, int depth = 0) const;
   void notifyObservation(const std::shared_ptr<Observation>& observation, bool prior);
   void attachChild(const std::shared_ptr<Observation>& observation);
