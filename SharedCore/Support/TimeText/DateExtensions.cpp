@@ -18,18 +18,35 @@ Date startOfWeek(Date date, const Calendar& calendar) {
 }
 
 // The first instant of the month (or, without month, the year) of date,
-// both in the user's calendar.
-Date startOfMonthOrYear(Date date, bool month) {
+// both in the user's calendar; monthsAhead moves it to a later month (or
+// year). Where midnight does not exist that day, the first instant is the
+// end of the gap.
+Date startOfMonthOrYear(Date date, bool month, int monthsAhead = 0) {
   Calendar current = Calendar::current();
   DateComponents components = current.dateComponents({Component::year, Component::month}, date);
+  if (!components.year || !components.month) return date;
+  int year = *components.year;
+  int monthIndex = month ? *components.month - 1 + monthsAhead : 12 * monthsAhead;
+  year += monthIndex / 12;
   DateComponents start;
-  start.year = components.year;
-  start.month = month ? components.month : 1;
+  start.year = year;
+  start.month = monthIndex % 12 + 1;
   start.day = 1;
   start.hour = 0;
   start.minute = 0;
   start.second = 0;
   return current.dateFromComponents(start).value_or(date);
+}
+
+// The first instant of the day or week after the one that starts at start:
+// the start of the period that holds start + length days. Taking it by the
+// same rule as the start itself is what keeps consecutive periods free of
+// gaps and overlaps where midnight is skipped (America/Sao_Paulo,
+// 2018-11-04 begins at 01:00, and the day before still ends at its start).
+template <typename StartOf>
+Date startOfNext(Date start, int lengthInDays, const Calendar& calendar, StartOf startOf) {
+  std::optional<Date> inNext = calendar.dateByAdding(Component::day, lengthInDays, start);
+  return inNext ? startOf(*inNext) : start;
 }
 
 }  // namespace
@@ -68,19 +85,19 @@ Date dateFor(Date date, DateForType type, const Calendar& calendar) {
     case DateForType::startOfDay:
       return calendar.startOfDay(date);
     case DateForType::endOfDay:
-      return calendar.dateByAdding(Component::day, 1, calendar.startOfDay(date)).value_or(date);
+      return startOfNext(calendar.startOfDay(date), 1, calendar, [&](Date d) { return calendar.startOfDay(d); });
     case DateForType::startOfWeek:
       return startOfWeek(date, calendar);
     case DateForType::endOfWeek:
-      return calendar.dateByAdding(Component::day, 7, startOfWeek(date, calendar)).value_or(date);
+      return startOfNext(startOfWeek(date, calendar), 7, calendar, [&](Date d) { return startOfWeek(d, calendar); });
     case DateForType::startOfMonth:
       return startOfMonthOrYear(date, true);
     case DateForType::endOfMonth:
-      return calendar.dateByAdding(Component::month, 1, startOfMonthOrYear(date, true)).value_or(date);
+      return startOfMonthOrYear(date, true, 1);
     case DateForType::startOfYear:
       return startOfMonthOrYear(date, false);
     case DateForType::endOfYear:
-      return calendar.dateByAdding(Component::year, 1, startOfMonthOrYear(date, false)).value_or(date);
+      return startOfMonthOrYear(date, false, 1);
   }
   return date;
 }

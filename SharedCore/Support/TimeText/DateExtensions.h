@@ -1,14 +1,18 @@
 // The small date arithmetic and date text that the core shares.
 //
 // Periods. dateFor() gives the bounds of the day, week, month or year that
-// holds a date. Every end is the first instant of the next period, an
-// exclusive bound, not the last second of this one. Days and weeks are
-// taken in the given calendar (weeks by its yearForWeekOfYear and
-// weekOfYear, so they follow its firstWeekday). The starts of months and
-// years are taken in Calendar::current(), the user's calendar, whatever
-// calendar is given, and only the end adds its month or year in the given
-// one: reports rely on exactly this. When a calendar cannot give a date,
-// as for a date that is not finite, the date itself is the answer.
+// holds a date. A start is the period's first instant; where midnight does
+// not exist that day (America/Sao_Paulo on 2018-11-04) it is the end of the
+// skipped hour. Every end is exactly the start of the next period, an
+// exclusive bound, not the last second of this one and not this start plus
+// a length: so consecutive periods never overlap or leave a gap, and the
+// end of 2018-11-03 in Sao Paulo is 2018-11-04 01:00 while the end of
+// 2018-11-04 is 2018-11-05 00:00. Days and weeks are taken in the given
+// calendar (weeks by its yearForWeekOfYear and weekOfYear, so they follow
+// its firstWeekday). Months and years, starts and ends alike, are taken in
+// Calendar::current(), the user's calendar, whatever calendar is given:
+// reports rely on exactly this. When a calendar cannot give a date, as for
+// a date that is not finite, the date itself is the answer.
 //
 // Rounding. roundedTo() rounds to a grid of whole minutes counted from the
 // Unix epoch, not from the local midnight, with halves away from zero.

@@ -75,6 +75,61 @@ TEST_F(DateExtensions, PeriodsOfTheNewYorkAutumnChangeWithSundayAndMondayWeeks) 
                 {{DateForType::startOfWeek, utc(2026, 10, 26, 4)}, {DateForType::endOfWeek, utc(2026, 11, 2, 5)}});
 }
 
+TEST_F(DateExtensions, PeriodsAroundTheMidnightThatSaoPauloSkipped) {
+  // On 2018-11-04 the clocks went from 00:00 straight to 01:00 (-03 to -02).
+  environment.set("TZ", "America/Sao_Paulo");
+  Calendar saoPaulo = calendar("America/Sao_Paulo", "pt_BR");  // weeks begin on Sunday
+  expectPeriods(utc(2018, 11, 4, 15), saoPaulo,
+                {{DateForType::startOfDay, utc(2018, 11, 4, 3)},
+                 {DateForType::endOfDay, utc(2018, 11, 5, 2)},
+                 {DateForType::startOfWeek, utc(2018, 11, 4, 3)},
+                 {DateForType::endOfWeek, utc(2018, 11, 11, 2)},
+                 {DateForType::startOfMonth, utc(2018, 11, 1, 3)},
+                 {DateForType::endOfMonth, utc(2018, 12, 1, 2)},
+                 {DateForType::startOfYear, utc(2018, 1, 1, 2)},
+                 {DateForType::endOfYear, utc(2019, 1, 1, 2)}});
+  // The day and week before end where the skipped day begins, at 01:00.
+  expectPeriods(utc(2018, 11, 3, 15), saoPaulo,
+                {{DateForType::endOfDay, utc(2018, 11, 4, 3)}, {DateForType::endOfWeek, utc(2018, 11, 4, 3)}});
+}
+
+// Around each change of the clocks, every period's end is the start of the
+// next one and every start the end of the one before, so periods tile the
+// time line: a gap or an overlap of an hour shows up here.
+TEST_F(DateExtensions, PeriodsTileTheTimeLineAcrossDaylightSavingChanges) {
+  struct Change {
+    const char* zone;
+    const char* locale;
+    Date at;
+  };
+  const Change changes[] = {
+      {"Europe/Berlin", "de_DE", utc(2026, 3, 29, 1)},      {"Europe/Berlin", "de_DE", utc(2026, 10, 25, 1)},
+      {"America/New_York", "en_US", utc(2026, 3, 8, 7)},    {"America/New_York", "en_US", utc(2026, 11, 1, 6)},
+      {"America/Sao_Paulo", "pt_BR", utc(2018, 11, 4, 3)},  {"America/Sao_Paulo", "pt_BR", utc(2019, 2, 17, 2)},
+  };
+  const std::pair<DateForType, DateForType> periods[] = {{DateForType::startOfDay, DateForType::endOfDay},
+                                                         {DateForType::startOfWeek, DateForType::endOfWeek},
+                                                         {DateForType::startOfMonth, DateForType::endOfMonth},
+                                                         {DateForType::startOfYear, DateForType::endOfYear}};
+  for (const Change& change : changes) {
+    environment.set("TZ", change.zone);
+    Calendar cal = calendar(change.zone, change.locale);
+    for (double offset = -9 * testing::kDay; offset <= 9 * testing::kDay; offset += 5 * testing::kHour + 1234) {
+      Date date = change.at.addingTimeInterval(offset);
+      for (auto [startType, endType] : periods) {
+        SCOPED_TRACE(::testing::Message() << change.zone << " " << date.timeIntervalSince1970() << " "
+                                          << static_cast<int>(startType));
+        Date start = dateFor(date, startType, cal);
+        Date end = dateFor(date, endType, cal);
+        EXPECT_LE(start, date);
+        EXPECT_LT(date, end);
+        EXPECT_EQ(dateFor(end, startType, cal), end);
+        EXPECT_EQ(dateFor(start.addingTimeInterval(-1), endType, cal), start);
+      }
+    }
+  }
+}
+
 TEST_F(DateExtensions, WeekAcrossTheYearEnd) {
   Calendar berlin = calendar("Europe/Berlin", "de_DE");
   Date newYearsEve = utc(2025, 12, 31, 12);
