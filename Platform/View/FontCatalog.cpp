@@ -45,6 +45,16 @@ FontCatalog::FontCatalog(const std::vector<std::string>& installedFamilies) {
   for (const std::string& family : installedFamilies) installed.insert(folded(family));
   defaultFamily_ = firstInstalled(candidates(Font::Design::defaultDesign), installed).value_or(kGenericFamily);
   roundedFamily_ = firstInstalled(candidates(Font::Design::rounded), installed).value_or(defaultFamily_);
+
+  auto fallbacksOf = [&](const std::string& family, std::vector<std::string> leading) {
+    for (const std::string& script : scriptFamilies()) {
+      if (installed.contains(folded(script))) leading.push_back(script);
+    }
+    std::erase(leading, family);
+    return leading;
+  };
+  defaultFallbacks_ = fallbacksOf(defaultFamily_, {});
+  roundedFallbacks_ = fallbacksOf(roundedFamily_, {defaultFamily_});
 }
 
 const FontCatalog& FontCatalog::system() {
@@ -58,12 +68,22 @@ const std::vector<std::string>& FontCatalog::candidates(Font::Design design) {
   return design == Font::Design::rounded ? roundedCandidates : defaultCandidates;
 }
 
+const std::vector<std::string>& FontCatalog::scriptFamilies() {
+  static const std::vector<std::string> families{"Noto Sans Arabic UI", "WenQuanYi Micro Hei", "DejaVu Sans"};
+  return families;
+}
+
 const std::string& FontCatalog::family(Font::Design design) const {
   return design == Font::Design::rounded ? roundedFamily_ : defaultFamily_;
 }
 
+const std::vector<std::string>& FontCatalog::fallbackFamilies(Font::Design design) const {
+  return design == Font::Design::rounded ? roundedFallbacks_ : defaultFallbacks_;
+}
+
 ResolvedFont FontCatalog::resolve(const Font& font, double scale) const {
-  return ResolvedFont{family(font.design()), font.size() * scale, font.weight(), font.hasMonospacedDigits()};
+  return ResolvedFont{family(font.design()), font.size() * scale, font.weight(), font.hasMonospacedDigits(),
+                      fallbackFamilies(font.design())};
 }
 
 }  // namespace kestrona

@@ -29,6 +29,31 @@ RGBAComponents deviceComponents(const Color& color, Appearance appearance) {
   return device->components();
 }
 
+// text with every line break and tab as one space: a one-line text shows
+// all of itself, spaced as a reader expects, rather than its first line
+// or a gap to the next tab stop.
+std::string onOneLine(std::string text) {
+  static constexpr std::string_view kBreaks[] = {"\r\n", "\n", "\r", "\t", "\v", "\f", "\u0085", "\u2028", "\u2029"};
+  std::string result;
+  result.reserve(text.size());
+  for (std::size_t at = 0; at < text.size();) {
+    std::size_t matched = 0;
+    for (std::string_view separator : kBreaks) {
+      if (std::string_view(text).substr(at, separator.size()) == separator) {
+        matched = separator.size();
+        break;
+      }
+    }
+    if (matched > 0) {
+      result += ' ';
+      at += matched;
+    } else {
+      result += text[at++];
+    }
+  }
+  return result;
+}
+
 struct StackChild {
   ProposedSize proposal;
   Size size;
@@ -348,12 +373,13 @@ class LayoutPass {
     const TextKey key{&node, proposal.width};
     if (auto found = texts_.find(key); found != texts_.end()) return found->second;
     LaidOutText text;
+    const TextStyle& style = node.style;
     text.string = std::visit(Overloaded{
                                  [](const std::string& string) { return string; },
                                  [&](const LiveTimer& timer) { return liveTimerText(timer, environment_.now); },
                              },
                              node.content);
-    const TextStyle& style = node.style;
+    if (style.lineLimit == 1) text.string = onOneLine(std::move(text.string));
     text.lineLimit = style.lineLimit;
     text.truncationMode = style.truncationMode;
     text.color = deviceComponents(style.foregroundColor, environment_.appearance);

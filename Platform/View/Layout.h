@@ -36,7 +36,10 @@
 // scale factor is below 1, the largest font scale (down to that factor) at
 // which it fits is used; when even that factor does not fit, the text is
 // truncated at it. A live timer is laid out as its value at the layout's
-// moment.
+// moment. A text limited to one line shows each line break and tab in it
+// as a space. Text in either direction is measured and drawn whole within
+// its frame; truncation cuts the end of the text's own direction (the left
+// of a right-to-left name).
 //
 // Colours are resolved against the layout's appearance (dark, as widgets
 // are drawn) and converted to device RGB, as the renderer draws them; a

@@ -1,6 +1,7 @@
 #include "Platform/View/PangoText.h"
 
 #include <cmath>
+#include <string>
 
 namespace kestrona::pangotext {
 namespace {
@@ -36,7 +37,10 @@ void configureContext(PangoContext* context) {
 
 void configureLayout(PangoLayout* layout, const TextMeasureRequest& request) {
   std::unique_ptr<PangoFontDescription, FontDescriptionDeleter> description(pango_font_description_new());
-  pango_font_description_set_family(description.get(), request.font.family.c_str());
+  // A list of families: Pango draws each character in the first that has it.
+  std::string families = request.font.family;
+  for (const std::string& fallback : request.font.fallbackFamilies) families += "," + fallback;
+  pango_font_description_set_family(description.get(), families.c_str());
   pango_font_description_set_absolute_size(description.get(), request.font.size * PANGO_SCALE);
   pango_font_description_set_weight(description.get(), static_cast<PangoWeight>(request.font.weight));
   pango_layout_set_font_description(layout, description.get());

@@ -196,11 +196,17 @@ class Painter {
     pangotext::LayoutPointer layout(pango_layout_new(pango_));
     pangotext::configureLayout(
         layout.get(), TextMeasureRequest{text.string, text.font, text.widthLimit, text.lineLimit, text.truncationMode});
+    // Pango lines up each line at its paragraph's start within the width
+    // limit: the right edge for right-to-left text. The frame holds only the
+    // text's own box, so the layout is shifted to put that box on it.
+    PangoRectangle logical;
+    pango_layout_get_extents(layout.get(), nullptr, &logical);
     cairo_save(cr_);
     cairo_rectangle(cr_, node.frame.minX(), node.frame.minY(), node.frame.width(), node.frame.height());
     cairo_clip(cr_);
     setSource(cr_, text.color, opacity_);
-    cairo_move_to(cr_, node.frame.minX(), node.frame.minY());
+    cairo_move_to(cr_, node.frame.minX() - static_cast<double>(logical.x) / PANGO_SCALE,
+                  node.frame.minY() - static_cast<double>(logical.y) / PANGO_SCALE);
     pango_cairo_show_layout(cr_, layout.get());
     cairo_restore(cr_);
   }
