@@ -47,7 +47,8 @@ View ChartBarView::body() const {
   const std::vector<ChartBarSegment> segments = columnRepresentationSegments();
   column.reserve(segments.size());
   for (std::size_t index = 0; index < segments.size(); ++index) {
-    const double height = barData.totalValue > 0 ? segments[index].value / barData.totalValue * columnHeight : 0;
+    const double height =
+        barData.totalValue > 0 ? std::max(0.0, segments[index].value / barData.totalValue * columnHeight) : 0;
     column.push_back(ColorSegmentView{segments[index], height, index > 0}.body());
   }
   const View columnView =

@@ -9,7 +9,9 @@
 // remaining segments are drawn in reverse order, the bar's last segment
 // nearest the top. Neighbouring segments are parted by a one-point
 // separator taken from the lower segment's height; the top segment has
-// none. The column's top corners are rounded (cornerRadius()).
+// none. A negative segment, or a merged one that sums below zero, has no
+// height. The column's top corners are rounded (cornerRadius()), and what
+// would overflow it is clipped.
 //
 // The total, written by valueFormatter in small bold secondary text, stands
 // above the column when displayTotalValue is set, the family is not small

@@ -91,7 +91,9 @@ View ChartView::content(Size size) const {
   std::vector<View> columns;
   columns.reserve(bars.size());
   for (const ChartBar& bar : bars) {
-    const double columnHeight = maximum > 0 ? bar.totalValue / maximum * barsHeight : 0;
+    // A negative total (a refund, a damaged file) draws no column and
+    // leaves the scale of the others alone.
+    const double columnHeight = maximum > 0 ? std::max(0.0, bar.totalValue) / maximum * barsHeight : 0;
     const ChartBarView barView{bar, width, columnHeight, dateRangeType == DateRangeType::weekly, valueFormatter, family};
     columns.push_back(barView.body().frame(width, barsHeight, Alignment::bottom()));
   }

@@ -13,7 +13,7 @@
 //     of no height.
 //   - A bar's column is its total divided by the scale, times the height
 //     left above the label row (20 points in the medium and large families,
-//     none in the small family).
+//     none in the small family). A negative total draws no column.
 //   - Weekly bars show their total above the column; monthly bars do not.
 //   - Each label is centred under its bar. Weekly labels are the very short
 //     weekday symbols of the bars' dates ("M", "T"), monthly labels the day

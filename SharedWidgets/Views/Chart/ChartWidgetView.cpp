@@ -1,5 +1,10 @@
 #include "SharedWidgets/Views/Chart/ChartWidgetView.h"
 
+#include <algorithm>
+#include <cstdlib>
+#include <iterator>
+#include <string_view>
+
 #include "Platform/Foundation/LocalizedString.h"
 #include "SharedCore/Support/TimeText/TimeIntervalStringFormat.h"
 #include "SharedWidgets/Views/Chart/ChartValueFormatting.h"
@@ -30,6 +35,39 @@ std::string dailyAverageTitle() {
 std::optional<URL> reportsURL(ChartView::DateRangeType dateRangeType) {
   return url(dateRangeType == ChartView::DateRangeType::weekly ? KestronaWidgetDeepLinkScheme::openWeeklyReports
                                                                : KestronaWidgetDeepLinkScheme::openMonthlyReports);
+}
+
+// Whether locale names a currency of its region. ISO 4217 has codes for
+// no currency, for testing and for precious metals, which the locale data
+// gives regions that are unknown; money is not written in those.
+bool hasCurrency(const Locale& locale) {
+  static constexpr std::string_view kNoCurrency[] = {"XXX", "XTS", "XAU", "XAG", "XPD", "XPT"};
+  const std::optional<std::string> code = locale.currencyCode();
+  return code && std::find(std::begin(kNoCurrency), std::end(kNoCurrency), *code) == std::end(kNoCurrency);
+}
+
+// The locale the system writes money in: LC_ALL, then LC_MONETARY, then
+// LANG, the first that is set and not empty. The C and POSIX locales have
+// no currency.
+std::optional<Locale> systemMoneyLocale() {
+  for (const char* name : {"LC_ALL", "LC_MONETARY", "LANG"}) {
+    const char* value = std::getenv(name);
+    if (value == nullptr || *value == '\0') continue;
+    const std::optional<std::string> identifier = Locale::identifierFromPOSIXName(value);
+    if (!identifier || *identifier == "en_US_POSIX") return std::nullopt;
+    return Locale(*identifier);
+  }
+  return std::nullopt;
+}
+
+// Revenue totals: compact currency in the record's locale; when that has no
+// currency (a placeholder's empty identifier, an unknown one), in the
+// system's; when neither has one, a plain number in the record's locale.
+std::function<std::string(double)> moneyFormatter(const Locale& record) {
+  std::optional<Locale> money = hasCurrency(record) ? std::optional(record) : systemMoneyLocale();
+  if (money && !hasCurrency(*money)) money.reset();
+  if (money) return [locale = *money](double value) { return compactCurrencyString(value, locale); };
+  return [record](double value) { return plainNumberString(value, record); };
 }
 
 // The background colour of every widget.
@@ -97,7 +135,7 @@ ChartWidgetView ChartWidgetView::forRevenue(const RevenueWidgetEntry& entry, Cha
       .primaryValue = chartTotalValue(entry.chartBars),
       .secondaryTitle = dailyAverageTitle(),
       .secondaryValue = chartDailyAverage(entry.chartBars),
-      .totalValueFormatter = [locale](double value) { return compactCurrencyString(value, locale); },
+      .totalValueFormatter = moneyFormatter(locale),
       .chartValueFormatter = std::move(barFormatter),
       .minBarValue = 0,
       .widgetURL = reportsURL(dateRangeType),

@@ -69,8 +69,11 @@ struct ChartWidgetView {
   static ChartWidgetView forTimeTracked(const TimeTrackedWidgetEntry& entry, ChartView::DateRangeType dateRangeType,
                                         WidgetFamily family, Calendar calendar = Calendar::current());
   // The revenue widgets: totals as compact currency in the entry's
-  // currency locale; bars as compact numbers (weekly) or plain numbers
-  // (monthly).
+  // currency locale, or, when that locale has no currency (an empty or
+  // unknown identifier), in the system's locale for money (LC_ALL,
+  // LC_MONETARY, LANG), or, when neither has one, as plain numbers; bars
+  // as compact numbers (weekly) or plain numbers (monthly) in the entry's
+  // locale.
   static ChartWidgetView forRevenue(const RevenueWidgetEntry& entry, ChartView::DateRangeType dateRangeType,
                                     WidgetFamily family, Calendar calendar = Calendar::current());
 

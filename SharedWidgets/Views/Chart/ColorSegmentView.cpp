@@ -5,7 +5,7 @@
 namespace kestrona {
 
 View ColorSegmentView::body() const {
-  if (!addSeparator) return ColorFill(segmentData.color).frame(std::nullopt, segmentHeight);
+  if (!addSeparator) return ColorFill(segmentData.color).frame(std::nullopt, std::max(0.0, segmentHeight));
   const double colourHeight = std::max(0.0, segmentHeight - kSeparatorHeight);
   return VStack(HorizontalAlignment::center, 0,
                 {

@@ -21,12 +21,13 @@ Text durationText(bool isRunning, std::optional<Date> begin, std::optional<Date>
 View DurationView::body() const {
   if (isRunning && !begin) return EmptyView();
   const TimerWidgetMetrics metrics = TimerWidgetMetrics::forFamily(family);
-  return durationText(isRunning, begin, end)
-      .font(metrics.durationFont)
-      .foregroundColor(Color::white())
-      .lineLimit(1)
-      .minimumScaleFactor(0.5)
-      .frame(FlexibleFrame{.maxWidth = kInfinity, .alignment = Alignment{metrics.durationAlignment}});
+  const Text text = durationText(isRunning, begin, end)
+                        .font(metrics.durationFont)
+                        .foregroundColor(Color::white())
+                        .lineLimit(1)
+                        .minimumScaleFactor(0.5);
+  if (metrics.durationUnderButton) return text;
+  return text.frame(FlexibleFrame{.maxWidth = kInfinity, .alignment = Alignment{metrics.durationAlignment}});
 }
 
 }  // namespace kestrona

@@ -11,9 +11,12 @@
 // Running without a begin: nothing is drawn (an empty view). A timer entry
 // never asks for this: it runs only when it has a begin.
 //
-// The text is white, on one line, in the family's duration font, may shrink
-// to half its size to fit, and fills the width offered in the family's
-// alignment (TimerWidgetMetrics.h).
+// The text is white, on one line, in the family's duration font, and may
+// shrink to half its size to fit (TimerWidgetMetrics.h). On a row of its
+// own (small family) it fills the row's width in the family's alignment.
+// Under the button (medium family) it is as wide as its text, so the
+// button's column is only as wide as the duration needs and the names
+// beside it get the rest; the column sets it trailing.
 //
 // Threading: a plain value; body() may run on any thread.
 #pragma once

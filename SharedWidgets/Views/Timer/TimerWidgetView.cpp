@@ -77,7 +77,7 @@ View TimerWidgetView::body() const {
 
   View content;
   if (metrics.durationUnderButton) {
-    const View column = VStack(HorizontalAlignment::trailing, 0,
+    const View column = VStack(metrics.durationAlignment, 0,
                                {button, duration.padding(Edge::top, mainAction ? kDurationGapUnderButton : 0)});
     content = VStack(HorizontalAlignment::center, 0,
                      {HStack(VerticalAlignment::top, std::nullopt, {texts, column}), Spacer(0)});
