@@ -5,25 +5,15 @@
 #include "Platform/Notifications/NotificationCenter.h"
 #include "Platform/SystemTime/ManualRunLoopScheduler.h"
 #include "Platform/SystemTime/SystemTimeNotifications.h"
-#include "Platform/SystemTime/SystemTimeSignalSource.h"
+#include "tests/Platform/SystemTime/HandSignals.h"
 #include "tests/Platform/Time/TestDates.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace kestrona {
 namespace {
 
+using testing::HandSignals;
 using testing::utc;
-
-// Signals by hand, as the operating system would send them.
-class HandSignals final : public SystemTimeSignalSource {
- public:
-  void start(Handler handler) override { handler_ = std::move(handler); }
-  void stop() noexcept override { handler_ = nullptr; }
-  void send(SystemTimeSignal signal) { handler_(signal); }
-
- private:
-  Handler handler_;
-};
 
 class SystemTimeWatcherTest : public ::testing::Test {
  protected:

@@ -4,29 +4,20 @@
 
 #include "Platform/SystemTime/ManualRunLoopScheduler.h"
 #include "Platform/SystemTime/SystemTimeNotifications.h"
-#include "Platform/SystemTime/SystemTimeSignalSource.h"
 #include "Platform/SystemTime/SystemTimeWatcher.h"
+#include "tests/Platform/SystemTime/HandSignals.h"
 #include "tests/Platform/Time/TestDates.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace kestrona {
 namespace {
 
+using testing::HandSignals;
 using testing::utc;
 using Names = std::vector<std::string>;
 
 const std::string kHour(KSHourChanged);
 const std::string kMinute(KSMinuteChanged);
-
-class HandSignals final : public SystemTimeSignalSource {
- public:
-  void start(Handler handler) override { handler_ = std::move(handler); }
-  void stop() noexcept override { handler_ = nullptr; }
-  void send(SystemTimeSignal signal) { handler_(signal); }
-
- private:
-  Handler handler_;
-};
 
 // The notificator and the system's watcher on one manual clock, posting to
 // one centre; the user is in Berlin (UTC+1 in January).
