@@ -52,29 +52,35 @@ TEST(ManagedKeyValueObservable, KeyPathsGoOnIntoManagedObjectsAndFollowTheirLink
   first->setValue(writing, "task");
   second->setValue(reading, "task");
 
-  Holder holder;
-  holder.setCurrentSession(first);
+  auto holder = std::make_unique<Holder>();
+  holder->setCurrentSession(first);
   std::vector<std::pair<std::string, std::string>> heard;
   auto text = [](const std::optional<Value>& value) {
     auto string = value ? value->get<std::string>() : nullptr;
     return string ? *string : std::string("-");
   };
-  auto token = holder.observe("currentSession.task.name", Option::oldValue | Option::newValue,
+  auto token = holder->observe("currentSession.task.name", Option::oldValue | Option::newValue,
                               [&](const Holder::Change& change) {
                                 heard.emplace_back(text(change.oldValue), text(change.newValue));
                               });
   writing->setValue("Drafting", "name");
   first->setValue(reading, "task");
   writing->setValue("Editing", "name");  // no longer on the path
-  holder.setCurrentSession(second);
+  holder->setCurrentSession(second);
   first->setValue(writing, "task");  // the old session is not observed any more
   reading->setValue("Studying", "name");
-  holder.setCurrentSession(nullptr);
+  holder->setCurrentSession(nullptr);
+  holder->setCurrentSession(second);
+  // The holder's end ends the observers it placed on the session and task.
+  holder.reset();
+  reading->setValue("Gone", "name");
+  EXPECT_FALSE(token.isActive());
   EXPECT_EQ(heard, (std::vector<std::pair<std::string, std::string>>{{"Writing", "Drafting"},
                                                                      {"Drafting", "Reading"},
                                                                      {"Reading", "Reading"},
                                                                      {"Reading", "Studying"},
-                                                                     {"Studying", "-"}}));
+                                                                     {"Studying", "-"},
+                                                                     {"-", "Studying"}}));
 }
 
 }  // namespace
