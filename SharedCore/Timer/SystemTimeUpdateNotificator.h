@@ -14,8 +14,9 @@
 //
 // The default notificator posts on the default centre, reads Date::now(),
 // schedules on the main loop, and its start() starts the process's
-// SystemTimeWatcher, which posts the system's time events on Linux. Tests
-// give the centre, the clock and a ManualRunLoopScheduler instead.
+// SystemTimeWatcher, which posts the system's time events on Linux; stop()
+// leaves the watcher running, since others may listen to those events too.
+// Tests give the centre, the clock and a ManualRunLoopScheduler instead.
 //
 // Threading: main thread only. The object must outlive nothing it scheduled:
 // stop() and destruction cancel everything, including work dispatched but not
