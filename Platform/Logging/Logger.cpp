@@ -100,7 +100,12 @@ std::string Logger::sourceFromFileID(std::string_view fileID) {
 
 std::string Logger::fileIDFromPath(std::string_view path) {
   constexpr std::string_view root = KESTRONA_SOURCE_DIR "/";
-  if (path.starts_with(root)) path.remove_prefix(root.size());
+  constexpr std::string_view rootFromBuild = KESTRONA_SOURCE_DIR_FROM_BUILD "/";
+  if (path.starts_with(root)) {
+    path.remove_prefix(root.size());
+  } else if (rootFromBuild.size() > 1 && path.starts_with(rootFromBuild)) {
+    path.remove_prefix(rootFromBuild.size());
+  }
   return std::string(path);
 }
 

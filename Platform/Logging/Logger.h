@@ -119,8 +119,9 @@ class Logger {
   static std::string sourceFromFileID(std::string_view fileID);
 
   // The file identifier of a compiled file: its path relative to the
-  // project's root ("Platform/Logging/Logger.cpp"); a path outside the
-  // project stays as it is.
+  // project's root ("Platform/Logging/Logger.cpp"), whether the compiler was
+  // given it as an absolute path or relative to the build tree; a path
+  // outside the project stays as it is.
   static std::string fileIDFromPath(std::string_view path);
 
  private:
