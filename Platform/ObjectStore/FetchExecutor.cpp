@@ -12,7 +12,7 @@
 #include "Platform/Foundation/FatalError.h"
 #include "Platform/ObjectStore/ManagedObjectContext.h"
 #include "Platform/ObjectStore/PredicateSQL.h"
-#include "Platform/ObjectStore/SQLiteDatabase.h"
+#include "Platform/ObjectStore/StoreConnection.h"
 #include "Platform/ObjectStore/StoreError.h"
 #include "Platform/ObjectStore/StoreSchema.h"
 
@@ -32,14 +32,19 @@ Aggregate aggregateNamed(const std::string& function) {
 
 }  // namespace
 
+class BatchRequestExecutor {
+ public:
+  static PersistentStoreResult execute(ManagedObjectContext& context, const PersistentStoreRequest& request);
+};
+
 class FetchExecutor {
  public:
   FetchExecutor(ManagedObjectContext& context, const FetchRequest& request)
       : context_(context),
         request_(request),
-        coordinator_(context.persistentStoreCoordinator()),
+        coordinator_(context.persistentStoreCoordinator()->connection()),
         entity_(context.requestEntity(request)),
-        schema_(coordinator_->schema()),
+        schema_(coordinator_.schema()),
         compiler_(schema_, entity_) {
     if (context.parentContext()) {
       throw StoreError(StoreErrorCode::persistentStoreOperation,
@@ -82,7 +87,7 @@ class FetchExecutor {
 
   ManagedObjectContext& context_;
   const FetchRequest& request_;
-  std::shared_ptr<PersistentStoreCoordinator> coordinator_;
+  StoreConnection& coordinator_;
   const EntityDescription& entity_;
   const StoreSchema& schema_;
   PredicateSQLCompiler compiler_;
@@ -129,10 +134,10 @@ void FetchExecutor::collectPending() {
     PredicateSQLCompiler local(schema_, entity_);
     auto keyColumn = local.column(std::vector<std::string>{relationship->name()});
     std::vector<ManagedObjectID> ids;
-    coordinator_->query("SELECT t0.pk, t0.ent FROM " + local.fromClause() + " WHERE " + keyColumn.sql + " IN (" + list + ")",
+    coordinator_.query("SELECT t0.pk, t0.ent FROM " + local.fromClause() + " WHERE " + keyColumn.sql + " IN (" + list + ")",
                         destinations, [&](const SQLiteStatement& row) {
                           if (auto entity = schema_.entityForCode(row.int64(1)); entity && entityMatches(*entity)) {
-                            ids.push_back(ManagedObjectID::permanent(coordinator_->storeIdentifier(),
+                            ids.push_back(ManagedObjectID::permanent(coordinator_.storeIdentifier(),
                                                                      entity->entityPointer(), row.int64(0)));
                           }
                         });
@@ -221,12 +226,12 @@ std::vector<std::shared_ptr<ManagedObject>> FetchExecutor::objects() {
   // Every entity of the hierarchy shares the table, so the version column
   // is the same for each row.
   const int versionColumn = 2 + table.versionColumn;
-  coordinator_->query(sql, compiler_.bindings(), [&](const SQLiteStatement& row) {
+  coordinator_.query(sql, compiler_.bindings(), [&](const SQLiteStatement& row) {
     auto entity = schema_.entityForCode(row.int64(1));
     if (!entity) return;
     bool values = request_.includesPropertyValues;
-    rows.push_back({ManagedObjectID::permanent(coordinator_->storeIdentifier(), entity->entityPointer(), row.int64(0)),
-                    values ? coordinator_->decodeRow(*entity, row) : std::vector<Value>(),
+    rows.push_back({ManagedObjectID::permanent(coordinator_.storeIdentifier(), entity->entityPointer(), row.int64(0)),
+                    values ? coordinator_.decodeRow(*entity, row) : std::vector<Value>(),
                     values && !row.isNull(versionColumn) ? row.int64(versionColumn) : 0});
   });
   std::vector<std::shared_ptr<ManagedObject>> result;
@@ -272,15 +277,15 @@ std::vector<std::shared_ptr<ManagedObject>> FetchExecutor::objects() {
     if (keys.empty()) continue;
     for (std::size_t i = 0; i < keys.size(); ++i) list += i ? ", ?" : "?";
     std::vector<Row> destinations;
-    coordinator_->query("SELECT " + schema_.selectList(destination, "t0") + " FROM " + quoteIdentifier(destination.name) +
+    coordinator_.query("SELECT " + schema_.selectList(destination, "t0") + " FROM " + quoteIdentifier(destination.name) +
                             " AS t0 WHERE t0." + column + " IN (" + list + ")",
                         keys, [&](const SQLiteStatement& row) {
                           auto entity = schema_.entityForCode(row.int64(1));
                           if (!entity) return;
-                          destinations.push_back({ManagedObjectID::permanent(coordinator_->storeIdentifier(),
+                          destinations.push_back({ManagedObjectID::permanent(coordinator_.storeIdentifier(),
                                                                              entity->entityPointer(), row.int64(0)),
-                                                  coordinator_->decodeRow(*entity, row),
-                                                  coordinator_->decodeVersion(*entity, row)});
+                                                  coordinator_.decodeRow(*entity, row),
+                                                  coordinator_.decodeVersion(*entity, row)});
                         });
     for (auto& row : destinations) context_.registerFetched(row.id, std::move(row.values), row.version, false);
   }
@@ -289,7 +294,7 @@ std::vector<std::shared_ptr<ManagedObject>> FetchExecutor::objects() {
 
 std::size_t FetchExecutor::count() {
   std::size_t total = 0;
-  coordinator_->query("SELECT COUNT(*) FROM " + compiler_.fromClause() + whereClause(), compiler_.bindings(),
+  coordinator_.query("SELECT COUNT(*) FROM " + compiler_.fromClause() + whereClause(), compiler_.bindings(),
                       [&total](const SQLiteStatement& row) { total = static_cast<std::size_t>(row.int64(0)); });
   for (const auto& candidate : candidates_) {
     if (matches(*candidate)) ++total;
@@ -362,10 +367,10 @@ bool FetchExecutor::groupedPerKey(const std::vector<Property>& properties, const
   const auto& table = schema_.table(destination);
   std::vector<std::pair<std::int64_t, std::int64_t>> keys;
   std::int64_t total = 0;
-  coordinator_->query("SELECT COUNT(*) FROM " + quoteIdentifier(table.name), {},
+  coordinator_.query("SELECT COUNT(*) FROM " + quoteIdentifier(table.name), {},
                       [&total](const SQLiteStatement& row) { total = row.int64(0); });
   if (total > kMostKeys) return false;
-  coordinator_->query("SELECT pk, ent FROM " + quoteIdentifier(table.name), {}, [&keys](const SQLiteStatement& row) {
+  coordinator_.query("SELECT pk, ent FROM " + quoteIdentifier(table.name), {}, [&keys](const SQLiteStatement& row) {
     keys.emplace_back(row.int64(0), row.int64(1));
   });
 
@@ -378,7 +383,7 @@ bool FetchExecutor::groupedPerKey(const std::vector<Property>& properties, const
   std::string where = whereClause();
   std::string base = "SELECT " + select + " FROM " + compiler_.fromClause() + where + (where.empty() ? " WHERE " : " AND ");
   auto runGroup = [&](const std::string& sql, const std::vector<Value>& bindings, const Value& key) {
-    coordinator_->query(sql, bindings, [&](const SQLiteStatement& row) {
+    coordinator_.query(sql, bindings, [&](const SQLiteStatement& row) {
       if (row.int64(0) == 0) return;
       std::vector<Value> values;
       int column = 1;
@@ -396,7 +401,7 @@ bool FetchExecutor::groupedPerKey(const std::vector<Property>& properties, const
     if (!entity) continue;
     bindings.back() = Value(key);
     runGroup(perKey, bindings,
-             Value(ManagedObjectID::permanent(coordinator_->storeIdentifier(), entity->entityPointer(), key)));
+             Value(ManagedObjectID::permanent(coordinator_.storeIdentifier(), entity->entityPointer(), key)));
   }
   runGroup(base + group.column.sql + " IS NULL", compiler_.bindings(), Value());
   return true;
@@ -486,14 +491,14 @@ std::vector<std::map<std::string, Value>> FetchExecutor::dictionaries() {
       if (row.isNull(index)) return Value();
       auto entity = schema_.entityForCode(row.int64(entityColumn));
       if (!entity) return Value();
-      return Value(ManagedObjectID::permanent(coordinator_->storeIdentifier(), entity->entityPointer(), row.int64(index)));
+      return Value(ManagedObjectID::permanent(coordinator_.storeIdentifier(), entity->entityPointer(), row.int64(index)));
     }
-    return coordinator_->attributeValue(*property.column.attribute, row, index);
+    return coordinator_.attributeValue(*property.column.attribute, row, index);
   };
 
   std::vector<std::vector<Value>> rows;
   if (!groupedPerKey(properties, groupBy, rows)) {
-    coordinator_->query(sql, compiler_.bindings(), [&](const SQLiteStatement& row) {
+    coordinator_.query(sql, compiler_.bindings(), [&](const SQLiteStatement& row) {
       std::vector<Value> values;
       int column = 0;
       for (const auto& property : properties) values.push_back(valueOf(property, row, column));
@@ -648,8 +653,14 @@ PersistentStoreResult ManagedObjectContext::execute(const PersistentStoreRequest
     }
     return result;
   }
-  auto coordinator = persistentStoreCoordinator();
-  precondition(coordinator != nullptr, "A context needs a coordinator to execute a request");
+  return BatchRequestExecutor::execute(*this, request);
+}
+
+PersistentStoreResult BatchRequestExecutor::execute(ManagedObjectContext& context, const PersistentStoreRequest& request) {
+  PersistentStoreResult result;
+  auto owner = context.persistentStoreCoordinator();
+  precondition(owner != nullptr, "A context needs a coordinator to execute a request");
+  auto* coordinator = &owner->connection();
   const auto& schema = coordinator->schema();
   // Batch requests work on the stored rows only, whatever this context holds.
   auto storedRows = [&](const EntityDescription& entity, const std::optional<Predicate>& predicate,
@@ -673,7 +684,7 @@ PersistentStoreResult ManagedObjectContext::execute(const PersistentStoreRequest
     return ids;
   };
   if (auto deleteRequest = std::get_if<BatchDeleteRequest>(&request)) {
-    const auto& entity = requestEntity(deleteRequest->fetchRequest);
+    const auto& entity = context.requestEntity(deleteRequest->fetchRequest);
     PredicateSQLCompiler compiler(schema, entity);
     std::string rows = storedRows(entity, deleteRequest->fetchRequest.predicate, compiler);
     if (deleteRequest->resultType == BatchDeleteRequestResultType::resultTypeObjectIDs) {
@@ -686,7 +697,7 @@ PersistentStoreResult ManagedObjectContext::execute(const PersistentStoreRequest
   }
   const auto& updateRequest = std::get<BatchUpdateRequest>(request);
   FetchRequest named(updateRequest.entityName);
-  const auto& entity = requestEntity(named);
+  const auto& entity = context.requestEntity(named);
   const auto& layout = schema.layout(entity);
   std::string assignments;
   std::vector<Value> values;

@@ -164,6 +164,7 @@ class ManagedObjectContext : public std::enable_shared_from_this<ManagedObjectCo
  private:
   friend class ManagedObject;
   friend class FetchExecutor;
+  friend class BatchRequestExecutor;
 
   const EntityDescription& requestEntity(const FetchRequest& request) const;
   std::vector<std::shared_ptr<ManagedObject>> fetchThroughParent(const FetchRequest& request);

@@ -2,16 +2,13 @@
 //
 // A coordinator is made with a model (make), then given its store with
 // addPersistentStore(url, options). Opening creates the file when needed,
-// switches it to WAL with synchronous=FULL (a committed save survives a
-// power loss) and a busy timeout, creates the schema derived from the model
-// (one table per entity hierarchy; see docs/architecture.md) and migrates an
-// older file in place: added entities, attributes and relationships are
-// added, with their default values, and so is the row version of a file
-// made before rows had one (every existing row starts at version 1). A
-// removed or retyped property, or migration switched off while the file
-// needs it, fails the open with StoreError migration (134110); a file that
-// is not a store fails with persistentStoreOpen (134080). Only one store
-// per coordinator.
+// refuses a file that is not a store without changing it, and brings the
+// schema of an older store to the model, taking the file's write lock only
+// when something must change (see StoreMigration.h and
+// docs/architecture.md). A removed or retyped property, or migration
+// switched off while the file needs it, fails the open with StoreError
+// migration (134110); a file that is not a store fails with
+// persistentStoreOpen (134080). Only one store per coordinator.
 //
 // The store keeps its identifier (a UUID made when the file is created) and
 // free metadata in the file. managedObjectIDForURIRepresentation turns a
@@ -19,19 +16,15 @@
 // another store, an unknown entity or a temporary ID.
 //
 // The section "for contexts" is the contexts' road to the file; it is not
-// for other callers. Threading: every public call may come from any thread;
-// the coordinator serialises them on one mutex, and a save holds it for its
-// whole transaction. Callbacks passed to query() run under that mutex and
-// must not call back into the coordinator.
-//
-// Contexts whose parent is the coordinator register themselves (weakly) so
-// that a save of one can reach the others; the list has a lock of its own,
-// apart from the store's.
+// for other callers, and no SQL passes through it. Threading: every public
+// call may come from any thread; the file is used under one mutex, and a
+// save holds it for its whole transaction. Contexts whose parent is the
+// coordinator register themselves (weakly, ContextRegistry.h) so that a save
+// of one can reach the others.
 #pragma once
 
 #include <cstdint>
 #include <filesystem>
-#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -41,6 +34,7 @@
 #include <vector>
 
 #include "Platform/Foundation/UUID.h"
+#include "Platform/ObjectStore/ContextRegistry.h"
 #include "Platform/ObjectStore/ManagedObjectID.h"
 #include "Platform/ObjectStore/ManagedObjectModel.h"
 #include "Platform/ObjectStore/Value.h"
@@ -48,9 +42,7 @@
 namespace kestrona {
 
 class ManagedObjectContext;
-class SQLiteDatabase;
-class SQLiteStatement;
-class StoreSchema;
+class StoreConnection;
 
 // How a save resolves a row that changed in the store since the context
 // read it (its version moved on): errorMergePolicyType fails the save
@@ -86,7 +78,8 @@ struct PersistentStore {
 
 class PersistentStoreCoordinator {
  public:
-  static std::shared_ptr<PersistentStoreCoordinator> make(std::shared_ptr<const ManagedObjectModel> model);
+  [[nodiscard]] static std::shared_ptr<PersistentStoreCoordinator> make(
+      std::shared_ptr<const ManagedObjectModel> model);
   ~PersistentStoreCoordinator();
   PersistentStoreCoordinator(const PersistentStoreCoordinator&) = delete;
   PersistentStoreCoordinator& operator=(const PersistentStoreCoordinator&) = delete;
@@ -96,7 +89,7 @@ class PersistentStoreCoordinator {
   const ManagedObjectModel& managedObjectModel() const noexcept { return *model_; }
   const std::shared_ptr<const ManagedObjectModel>& managedObjectModelPointer() const noexcept { return model_; }
 
-  std::optional<ManagedObjectID> managedObjectIDForURIRepresentation(std::string_view uri) const;
+  [[nodiscard]] std::optional<ManagedObjectID> managedObjectIDForURIRepresentation(std::string_view uri) const;
 
   // Free text metadata kept in the file, with "NSStoreUUID" and
   // "NSStoreType" filled in by the store.
@@ -108,7 +101,6 @@ class PersistentStoreCoordinator {
 
   // The identifier of the one store; fatal before addPersistentStore.
   const UUID& storeIdentifier() const;
-  const StoreSchema& schema() const;
 
   // One row as stored: its values in the entity's slot layout (to-ones as
   // object IDs) and its version.
@@ -117,12 +109,12 @@ class PersistentStoreCoordinator {
     std::int64_t version = 0;
   };
   // The stored row, or none when it is gone.
-  std::optional<StoredRow> loadRow(const ManagedObjectID& id) const;
+  [[nodiscard]] std::optional<StoredRow> loadRow(const ManagedObjectID& id) const;
   // The IDs of the destinations of a to-many relationship as stored.
   std::vector<ManagedObjectID> relatedObjectIDs(const ManagedObjectID& owner,
                                                 const RelationshipDescription& relationship) const;
   // Whether a row exists.
-  bool rowExists(const ManagedObjectID& id) const;
+  [[nodiscard]] bool rowExists(const ManagedObjectID& id) const;
 
   // Reserves primary keys: one permanent ID per temporary ID, in order.
   std::vector<ManagedObjectID> obtainPermanentIDs(const std::vector<ManagedObjectID>& temporaryIDs);
@@ -176,20 +168,6 @@ class PersistentStoreCoordinator {
   // resolved by the request's merge policy.
   SaveResult save(const SaveRequest& request);
 
-  // Runs read-only SQL with bindings; row is called for each result row.
-  void query(const std::string& sql, const std::vector<Value>& bindings,
-             const std::function<void(const SQLiteStatement&)>& row) const;
-  // Runs a writing statement in a transaction of its own; returns the number
-  // of changed rows.
-  int executeUpdate(const std::string& sql, const std::vector<Value>& bindings);
-  // The slots of entity from a row laid out as StoreSchema::selectList,
-  // starting at column offset (the row's pk). Takes no lock.
-  std::vector<Value> decodeRow(const EntityDescription& entity, const SQLiteStatement& row, int offset = 0) const;
-  // The version of a row laid out as StoreSchema::selectList of entity's table.
-  std::int64_t decodeVersion(const EntityDescription& entity, const SQLiteStatement& row, int offset = 0) const;
-  // Converts a stored column to the attribute's value.
-  Value attributeValue(const AttributeDescription& attribute, const SQLiteStatement& row, int column) const;
-
   // Registers context (whose parent is this coordinator) until it
   // unregisters, which its destructor does; both from any thread.
   void registerContext(const ManagedObjectContext* context, std::weak_ptr<ManagedObjectContext> reference);
@@ -198,19 +176,21 @@ class PersistentStoreCoordinator {
   std::vector<std::shared_ptr<ManagedObjectContext>> registeredContexts() const;
 
  private:
+  // The store's own executors of fetches and batch requests reach the file
+  // through its connection.
+  friend class FetchExecutor;
+  friend class BatchRequestExecutor;
+
   explicit PersistentStoreCoordinator(std::shared_ptr<const ManagedObjectModel> model);
-  void openSchema(const PersistentStoreOptions& options);
-  std::int64_t reserveKeys(const std::string& table, std::int64_t count);
-  std::optional<StoredRow> loadRowLocked(const ManagedObjectID& id) const;
-  Value storedValue(const AttributeDescription& attribute, const Value& value) const;
+  // The open file; fatal before addPersistentStore.
+  StoreConnection& connection() const;
 
   std::shared_ptr<const ManagedObjectModel> model_;
+  // Guards store_ and connection_ while the store is added.
   mutable std::mutex mutex_;
-  std::unique_ptr<SQLiteDatabase> database_;
-  std::unique_ptr<StoreSchema> schema_;
+  std::unique_ptr<StoreConnection> connection_;
   std::optional<PersistentStore> store_;
-  mutable std::mutex contextsMutex_;
-  std::vector<std::pair<const ManagedObjectContext*, std::weak_ptr<ManagedObjectContext>>> contexts_;
+  ContextRegistry contexts_;
 };
 
 }  // namespace kestrona

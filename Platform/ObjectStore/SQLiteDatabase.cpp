@@ -6,10 +6,6 @@
 
 namespace kestrona {
 
-namespace {
-constexpr int kBusyTimeoutMilliseconds = 5000;
-}
-
 SQLiteStatement::~SQLiteStatement() {
   if (owned_) sqlite3_finalize(statement_);
 }
@@ -99,15 +95,7 @@ std::unique_ptr<SQLiteDatabase> SQLiteDatabase::open(const std::filesystem::path
                      {{StoreError::kSQLiteCodeKey, std::int64_t{result}}});
   }
   std::unique_ptr<SQLiteDatabase> database(new SQLiteDatabase(handle));
-  sqlite3_busy_timeout(handle, kBusyTimeoutMilliseconds);
-  try {
-    database->execute("PRAGMA journal_mode=WAL");
-    database->execute("PRAGMA synchronous=FULL");
-  } catch (const StoreError& error) {
-    throw StoreError(StoreErrorCode::persistentStoreOpen,
-                     "The store at " + path.string() + " cannot be opened: " + error.localizedDescription(),
-                     error.userInfo());
-  }
+  database->setBusyTimeout(kBusyTimeoutMilliseconds);
   return database;
 }
 
@@ -155,8 +143,32 @@ std::unique_ptr<SQLiteStatement> SQLiteDatabase::prepareTransient(const std::str
   return std::make_unique<SQLiteStatement>(database_, handle, true);
 }
 
-std::int64_t SQLiteDatabase::lastInsertRowID() const { return sqlite3_last_insert_rowid(database_); }
 int SQLiteDatabase::changes() const { return sqlite3_changes(database_); }
+
+void SQLiteDatabase::setBusyTimeout(int milliseconds) { sqlite3_busy_timeout(database_, milliseconds); }
+
+SQLiteTransaction::SQLiteTransaction(SQLiteDatabase& database) : database_(database) {
+  database_.execute("BEGIN IMMEDIATE");
+}
+
+SQLiteTransaction::~SQLiteTransaction() {
+  if (committed_) return;
+  try {
+    database_.execute("ROLLBACK");
+  } catch (const StoreError&) {
+    // SQLite has already rolled the transaction back after the failure.
+  }
+}
+
+void SQLiteTransaction::commit() {
+  database_.execute("COMMIT");
+  committed_ = true;
+}
+
+std::int64_t sqliteResultCode(const Error& error) {
+  const auto* code = error.userInfoValue<std::int64_t>(StoreError::kSQLiteCodeKey);
+  return code ? *code : 0;
+}
 
 std::string quoteIdentifier(std::string_view name) {
   std::string quoted = "\"";

@@ -17,6 +17,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "Platform/Foundation/Error.h"
 #include "Platform/ObjectStore/Value.h"
 
 struct sqlite3;
@@ -58,7 +59,8 @@ class SQLiteStatement {
 class SQLiteDatabase {
  public:
   // Opens or creates the file (with its folder's existence assumed) and sets
-  // WAL, synchronous=FULL and the busy timeout.
+  // the busy timeout. Nothing is written to the file: journal mode and
+  // schema are the opener's to decide once it knows the file is a store.
   static std::unique_ptr<SQLiteDatabase> open(const std::filesystem::path& path);
   ~SQLiteDatabase();
   SQLiteDatabase(const SQLiteDatabase&) = delete;
@@ -70,8 +72,11 @@ class SQLiteDatabase {
   // A statement of its own, finalised when dropped: for SQL that is made
   // per call (lists of keys) and should not fill the cache.
   std::unique_ptr<SQLiteStatement> prepareTransient(const std::string& sql);
-  std::int64_t lastInsertRowID() const;
   int changes() const;
+  // How long a statement waits for another connection's lock before it
+  // fails with SQLITE_BUSY.
+  void setBusyTimeout(int milliseconds);
+  static constexpr int kBusyTimeoutMilliseconds = 5000;
 
   [[noreturn]] void fail(int resultCode, std::string_view what) const;
 
@@ -82,6 +87,24 @@ class SQLiteDatabase {
   std::unordered_map<std::string, std::unique_ptr<SQLiteStatement>> statements_;
   std::vector<sqlite3_stmt*> handles_;
 };
+
+// A write transaction (BEGIN IMMEDIATE: the write lock is taken at once)
+// that rolls back unless committed.
+class SQLiteTransaction {
+ public:
+  explicit SQLiteTransaction(SQLiteDatabase& database);
+  ~SQLiteTransaction();
+  SQLiteTransaction(const SQLiteTransaction&) = delete;
+  SQLiteTransaction& operator=(const SQLiteTransaction&) = delete;
+  void commit();
+
+ private:
+  SQLiteDatabase& database_;
+  bool committed_ = false;
+};
+
+// The SQLite result code a StoreError of this layer carries; 0 when none.
+std::int64_t sqliteResultCode(const Error& error);
 
 // Quotes an identifier for SQL: "name".
 std::string quoteIdentifier(std::string_view name);

@@ -1,92 +1,51 @@
 // The store on 100,000 time entries over two years and 50 tasks: the
-// queries the reports run, each beside the bare SQL it compiles to, and one
-// save and one open.
+// queries the reports run, each beside the bare SQL it compiles to (run on a
+// connection of its own to the same file), and one save and one open.
 #include <benchmark/benchmark.h>
+#include <sqlite3.h>
 
-#include <cstdlib>
-#include <unistd.h>
-#include <filesystem>
+#include <functional>
+#include <map>
 #include <optional>
-#include <random>
 #include <string>
 
-#include "Platform/ObjectStore/ManagedObjectContext.h"
-#include "Platform/ObjectStore/SQLiteDatabase.h"
+#include "benchmarks/ObjectStore/TimesheetStore.h"
 
 namespace kestrona {
 namespace {
 
-constexpr int kTasks = 50;
-constexpr int kSessions = 100'000;
-constexpr double kStart = 1'700'000'000;  // November 2023
-constexpr double kYear = 365 * 86'400.0;
-constexpr double kSpacing = 2 * kYear / kSessions;
+using benchmarks::TimesheetStore;
 
-std::shared_ptr<const ManagedObjectModel> model() {
-  return ManagedObjectModel::loadNamed("Timesheet", KESTRONA_OBJECTSTORE_BENCHMARK_MODELS);
-}
+constexpr int kSessions = 100'000;
+constexpr double kStart = TimesheetStore::kStart;
+constexpr double kYear = TimesheetStore::kYear;
 
 struct Fixture {
-  Fixture() {
-    // On the build tree's disk, not /tmp: a save's flush must reach a disk.
-    directory = std::filesystem::path(KESTRONA_OBJECTSTORE_BENCHMARK_SCRATCH) /
-                ("store-benchmark-" + std::to_string(::getpid()));
-    std::filesystem::create_directories(directory);
-    url = directory / "Store.sqlite";
-    coordinator = PersistentStoreCoordinator::make(model());
-    coordinator->addPersistentStore(url);
-    auto context = newContext();
-    std::mt19937 random(7);
-    for (int i = 0; i < kTasks; ++i) {
-      auto task = context->insertNewObject("Task");
-      task->setValue("Task " + std::to_string(i), "name");
-      task->setValue(i % 10 == 9, "archived");
-      tasks.push_back(task);
-    }
-    for (int i = 0; i < kSessions; ++i) {
-      auto session = context->insertNewObject("Session");
-      double begin = kStart + i * kSpacing;
-      double duration = 600 + static_cast<double>(random() % 3000);
-      session->setValue(Date(begin), "begin");
-      session->setValue(Date(begin + duration), "end");
-      session->setValue(duration, "confirmedDuration");
-      session->setValue(duration / 36, "confirmedRevenue");
-      session->setValue(Value(tasks[random() % kTasks]), "task");
-      if (i % 10'000 == 9'999) {
-        context->save();
-        context->reset();
-        for (auto& task : tasks) task = context->existingObjectWithID(task->objectID());
-      }
-    }
-    context->save();
-    std::vector<ManagedObjectID> taskIDs;
-    for (const auto& task : tasks) taskIDs.push_back(task->objectID());
-    tasks.clear();
-    context.reset();
-    // Measure a store as the application meets it: opened again, filled.
-    coordinator.reset();
-    coordinator = PersistentStoreCoordinator::make(model());
-    coordinator->addPersistentStore(url);
-    for (int i = 0; i < 10; ++i) taskSet.emplace_back(taskIDs[static_cast<std::size_t>(i * 3)]);
-    firstTask = taskIDs.front();
+  Fixture() : store(kSessions) {
+    for (int i = 0; i < 10; ++i) taskSet.emplace_back(store.taskIDs[static_cast<std::size_t>(i * 3)]);
+    sqlite3_open_v2(store.url.c_str(), &bare, SQLITE_OPEN_READONLY, nullptr);
   }
-  ~Fixture() {
-    coordinator.reset();
-    std::filesystem::remove_all(directory);
+  ~Fixture() { sqlite3_close(bare); }
+
+  std::shared_ptr<ManagedObjectContext> newContext() const { return store.newContext(); }
+
+  // Hand-written SQL: one statement prepared once, bound with numbers, and
+  // stepped through; row is called for each result row.
+  void runBare(const std::string& sql, const std::vector<double>& bindings,
+               const std::function<void(sqlite3_stmt*)>& row) {
+    sqlite3_stmt*& statement = statements[sql];
+    if (!statement) sqlite3_prepare_v2(bare, sql.c_str(), -1, &statement, nullptr);
+    for (std::size_t i = 0; i < bindings.size(); ++i) {
+      sqlite3_bind_double(statement, static_cast<int>(i + 1), bindings[i]);
+    }
+    while (sqlite3_step(statement) == SQLITE_ROW) row(statement);
+    sqlite3_reset(statement);
   }
 
-  std::shared_ptr<ManagedObjectContext> newContext() const {
-    auto context = ManagedObjectContext::make(ManagedObjectContextConcurrencyType::privateQueueConcurrencyType);
-    context->setPersistentStoreCoordinator(coordinator);
-    return context;
-  }
-
-  std::filesystem::path directory;
-  std::filesystem::path url;
-  std::shared_ptr<PersistentStoreCoordinator> coordinator;
-  std::vector<std::shared_ptr<ManagedObject>> tasks;
+  TimesheetStore store;
   Value::Array taskSet;
-  std::optional<ManagedObjectID> firstTask;
+  sqlite3* bare = nullptr;
+  std::map<std::string, sqlite3_stmt*> statements;
 };
 
 Fixture& fixture() {
@@ -122,17 +81,17 @@ BENCHMARK(BM_SumOverYearWithTaskSet)->Unit(benchmark::kMillisecond);
 
 void BM_SumOverYearWithTaskSet_BareSQL(benchmark::State& state) {
   auto& f = fixture();
-  std::vector<Value> bindings{Value(kFrom.timeIntervalSince1970()), Value(kTo.timeIntervalSince1970())};
+  std::vector<double> bindings{kFrom.timeIntervalSince1970(), kTo.timeIntervalSince1970()};
   std::string list;
   for (const auto& id : f.taskSet) {
     list += list.empty() ? "?" : ", ?";
-    bindings.emplace_back(id.objectID()->primaryKey());
+    bindings.push_back(static_cast<double>(id.objectID()->primaryKey()));
   }
   std::string sql = "SELECT SUM(\"confirmedDuration\") FROM \"Session\" WHERE \"begin\" >= ? AND \"begin\" < ? "
                     "AND \"task\" IN (" + list + ")";
   double total = 0;
   for (auto _ : state) {
-    f.coordinator->query(sql, bindings, [&total](const SQLiteStatement& row) { total = row.real(0); });
+    f.runBare(sql, bindings, [&total](sqlite3_stmt* row) { total = sqlite3_column_double(row, 0); });
     benchmark::DoNotOptimize(total);
   }
   state.counters["hours"] = total / 3600;
@@ -161,12 +120,12 @@ void BM_GroupedSumByTaskOverYear_BareSQL(benchmark::State& state) {
   std::string sql =
       "SELECT \"task\", SUM(\"confirmedDuration\") FROM \"Session\" WHERE \"begin\" >= ? AND \"begin\" < ? "
       "GROUP BY \"task\"";
-  std::vector<Value> bindings{Value(kFrom.timeIntervalSince1970()), Value(kTo.timeIntervalSince1970())};
+  std::vector<double> bindings{kFrom.timeIntervalSince1970(), kTo.timeIntervalSince1970()};
   std::size_t groups = 0;
   for (auto _ : state) {
     groups = 0;
-    f.coordinator->query(sql, bindings, [&groups](const SQLiteStatement& row) {
-      benchmark::DoNotOptimize(row.real(1));
+    f.runBare(sql, bindings, [&groups](sqlite3_stmt* row) {
+      benchmark::DoNotOptimize(sqlite3_column_double(row, 1));
       ++groups;
     });
   }
@@ -180,18 +139,18 @@ void BM_GroupedSumByTaskOverYear_BareSQLPerTask(benchmark::State& state) {
   std::string perTask =
       "SELECT COUNT(*), SUM(\"confirmedDuration\") FROM \"Session\" WHERE \"begin\" >= ? AND \"begin\" < ? "
       "AND \"task\" = ?";
-  std::vector<Value> bindings{Value(kFrom.timeIntervalSince1970()), Value(kTo.timeIntervalSince1970()), Value()};
+  std::vector<double> bindings{kFrom.timeIntervalSince1970(), kTo.timeIntervalSince1970(), 0};
   std::size_t groups = 0;
   for (auto _ : state) {
     groups = 0;
     std::vector<std::int64_t> keys;
-    f.coordinator->query("SELECT pk, ent FROM \"Node\"", {},
-                         [&keys](const SQLiteStatement& row) { keys.push_back(row.int64(0)); });
+    f.runBare("SELECT pk, ent FROM \"Node\"", {},
+              [&keys](sqlite3_stmt* row) { keys.push_back(sqlite3_column_int64(row, 0)); });
     for (auto key : keys) {
-      bindings.back() = Value(key);
-      f.coordinator->query(perTask, bindings, [&groups](const SQLiteStatement& row) {
-        benchmark::DoNotOptimize(row.real(1));
-        if (row.int64(0) > 0) ++groups;
+      bindings.back() = static_cast<double>(key);
+      f.runBare(perTask, bindings, [&groups](sqlite3_stmt* row) {
+        benchmark::DoNotOptimize(sqlite3_column_double(row, 1));
+        if (sqlite3_column_int64(row, 0) > 0) ++groups;
       });
     }
   }
@@ -224,13 +183,15 @@ void BM_FetchThousandObjectsByDate_BareSQL(benchmark::State& state) {
       "SELECT pk, ent, \"identifier\", \"begin\", \"end\", \"confirmedDuration\", \"confirmedRevenue\", "
       "\"isBillable\", \"billingStatusValue\", \"task\", \"task_ent\" FROM \"Session\" "
       "WHERE \"begin\" >= ? AND \"begin\" < ?";
-  std::vector<Value> bindings{Value(kWeekFrom.timeIntervalSince1970()), Value(kWeekTo.timeIntervalSince1970())};
+  std::vector<double> bindings{kWeekFrom.timeIntervalSince1970(), kWeekTo.timeIntervalSince1970()};
   std::size_t count = 0;
   for (auto _ : state) {
     count = 0;
     // Reading every column is the least a caller of the bare SQL does.
-    f.coordinator->query(sql, bindings, [&count](const SQLiteStatement& row) {
-      for (int column = 0; column < row.columnCount(); ++column) benchmark::DoNotOptimize(row.value(column));
+    f.runBare(sql, bindings, [&count](sqlite3_stmt* row) {
+      for (int column = 0; column < sqlite3_column_count(row); ++column) {
+        benchmark::DoNotOptimize(sqlite3_column_double(row, column));
+      }
       ++count;
     });
   }
@@ -241,7 +202,7 @@ BENCHMARK(BM_FetchThousandObjectsByDate_BareSQL)->Unit(benchmark::kMillisecond);
 void BM_InsertAndSaveOneObject(benchmark::State& state) {
   auto& f = fixture();
   auto context = f.newContext();
-  auto task = context->existingObjectWithID(*f.firstTask);
+  auto task = context->existingObjectWithID(f.store.taskIDs.front());
   double begin = kStart + 3 * kYear;
   for (auto _ : state) {
     auto session = context->insertNewObject("Session");
@@ -258,8 +219,8 @@ BENCHMARK(BM_InsertAndSaveOneObject)->Unit(benchmark::kMillisecond);
 void BM_OpenStore(benchmark::State& state) {
   auto& f = fixture();
   for (auto _ : state) {
-    auto coordinator = PersistentStoreCoordinator::make(model());
-    coordinator->addPersistentStore(f.url);
+    auto coordinator = PersistentStoreCoordinator::make(TimesheetStore::model());
+    coordinator->addPersistentStore(f.store.url);
     benchmark::DoNotOptimize(coordinator->storeIdentifier());
   }
 }

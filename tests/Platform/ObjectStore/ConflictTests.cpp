@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include "Platform/ObjectStore/MergeConflict.h"
-#include "Platform/ObjectStore/SQLiteDatabase.h"
 #include "Platform/ObjectStore/StoreError.h"
 #include "tests/Platform/ObjectStore/StoreTestSupport.h"
 
@@ -11,12 +10,10 @@ namespace {
 using testing::makeTask;
 using testing::TestStore;
 
-std::int64_t storedVersion(const PersistentStoreCoordinator& coordinator, const ManagedObjectID& id,
-                           const std::string& table) {
-  std::int64_t version = -1;
-  coordinator.query("SELECT _version FROM " + table + " WHERE pk = ?", {Value(id.primaryKey())},
-                    [&version](const SQLiteStatement& row) { version = row.int64(0); });
-  return version;
+std::int64_t storedVersion(const TestStore& store, const ManagedObjectID& id, const std::string& table) {
+  auto rows = testing::storeFileRows(store.storeURL(), "SELECT _version FROM " + table +
+                                                           " WHERE pk = " + std::to_string(id.primaryKey()));
+  return rows.size() == 1 ? *rows[0][0].get<std::int64_t>() : -1;
 }
 
 // Runs save, which must fail with conflicts, and gives the records.
@@ -38,17 +35,17 @@ TEST(OptimisticLocking, EveryUpdateRaisesTheVersionAndAStaleSaveFailsWithRecords
   auto task = makeTask(*store.context, "Original");
   store.context->save();
   auto id = task->objectID();
-  EXPECT_EQ(storedVersion(*store.coordinator, id, "Node"), 1);
+  EXPECT_EQ(storedVersion(store, id, "Node"), 1);
   task->setValue(3, "order");
   store.context->save();
-  EXPECT_EQ(storedVersion(*store.coordinator, id, "Node"), 2);
+  EXPECT_EQ(storedVersion(store, id, "Node"), 2);
 
   auto mine = store.newContext();
   auto theirs = store.newContext();
   auto ours = mine->existingObjectWithID(id);
   theirs->existingObjectWithID(id)->setValue("Theirs", "name");
   theirs->save();
-  EXPECT_EQ(storedVersion(*store.coordinator, id, "Node"), 3);
+  EXPECT_EQ(storedVersion(store, id, "Node"), 3);
 
   ours->setValue("Mine", "name");
   auto conflicts = conflictsOf(*mine);
@@ -62,13 +59,13 @@ TEST(OptimisticLocking, EveryUpdateRaisesTheVersionAndAStaleSaveFailsWithRecords
   EXPECT_EQ(conflict.oldVersionNumber, 2);
   EXPECT_EQ(conflict.newVersionNumber, 3);
   // Nothing was written and the edit is kept.
-  EXPECT_EQ(storedVersion(*store.coordinator, id, "Node"), 3);
+  EXPECT_EQ(storedVersion(store, id, "Node"), 3);
   EXPECT_TRUE(mine->hasChanges());
 
   // Taking in the stored row (keeping the edit) makes the save current.
   mine->refreshObject(ours, true);
   EXPECT_NO_THROW(mine->save());
-  EXPECT_EQ(storedVersion(*store.coordinator, id, "Node"), 4);
+  EXPECT_EQ(storedVersion(store, id, "Node"), 4);
   EXPECT_EQ(store.newContext()->existingObjectWithID(id)->stringForKey("name"), "Mine");
 }
 
@@ -179,9 +176,9 @@ TEST(OptimisticLocking, MigrationAddsTheVersionColumnToAnOlderFile) {
   store.context->save();
   auto uri = note->objectID().URIRepresentation();
   // A file written before rows had versions.
-  store.coordinator->executeUpdate("ALTER TABLE Note DROP COLUMN _version", {});
   store.context.reset();
   store.coordinator.reset();
+  testing::executeOnStoreFile(store.storeURL(), "ALTER TABLE Note DROP COLUMN _version");
 
   PersistentStoreOptions noMigration;
   noMigration.migratePersistentStoresAutomatically = false;
@@ -197,12 +194,12 @@ TEST(OptimisticLocking, MigrationAddsTheVersionColumnToAnOlderFile) {
   store.reopen();
   auto id = store.coordinator->managedObjectIDForURIRepresentation(uri);
   ASSERT_TRUE(id.has_value());
-  EXPECT_EQ(storedVersion(*store.coordinator, *id, "Note"), 1);
+  EXPECT_EQ(storedVersion(store, *id, "Note"), 1);
   auto migrated = store.context->existingObjectWithID(*id);
   EXPECT_EQ(migrated->stringForKey("text"), "kept");
   migrated->setValue("changed", "text");
   store.context->save();
-  EXPECT_EQ(storedVersion(*store.coordinator, *id, "Note"), 2);
+  EXPECT_EQ(storedVersion(store, *id, "Note"), 2);
 }
 
 }  // namespace

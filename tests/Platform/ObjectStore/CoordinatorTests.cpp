@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
-#include "Platform/ObjectStore/SQLiteDatabase.h"
 #include "Platform/ObjectStore/StoreError.h"
 #include "tests/Platform/ObjectStore/StoreTestSupport.h"
+#include "tests/support/ChildTestProcess.h"
 
 namespace kestrona {
 namespace {
@@ -45,13 +45,7 @@ TEST(PersistentStoreCoordinator, KeepsItsIdentifierAndMetadataAcrossLaunches) {
 
 TEST(PersistentStoreCoordinator, OpensInWriteAheadLogMode) {
   TestStore store;
-  std::string mode;
-  store.coordinator->query("PRAGMA journal_mode", {}, [&mode](const SQLiteStatement& row) { mode = row.text(0); });
-  EXPECT_EQ(mode, "wal");
-  std::int64_t synchronous = 0;
-  store.coordinator->query("PRAGMA synchronous", {},
-                           [&synchronous](const SQLiteStatement& row) { synchronous = row.int64(0); });
-  EXPECT_EQ(synchronous, 2);  // FULL
+  EXPECT_EQ(testing::storeFileRows(store.storeURL(), "PRAGMA journal_mode")[0][0], Value("wal"));
 }
 
 TEST(PersistentStoreCoordinator, MigratesAddedPropertiesAndEntitiesInPlace) {
@@ -97,6 +91,72 @@ TEST(PersistentStoreCoordinator, RefusesStoresItCannotMigrateOrRead) {
   testing::writeFile(garbage, std::string(4096, 'x'));
   EXPECT_EQ(openFailure(garbage, "Small"), StoreErrorCode::persistentStoreOpen);
   EXPECT_EQ(openFailure(directory.path() / "missing" / "Store.sqlite", "Small"), StoreErrorCode::persistentStoreOpen);
+}
+
+TEST(PersistentStoreCoordinator, RefusingAFileOfAnotherProgramLeavesItAsItWas) {
+  testing::TemporaryDirectory directory;
+  auto url = directory.path() / "Other.sqlite";
+  testing::executeOnStoreFile(url, "CREATE TABLE accounts (id INTEGER PRIMARY KEY, owner TEXT); INSERT INTO accounts VALUES (1, 'me')");
+  auto before = testing::readFile(url);
+  EXPECT_EQ(openFailure(url, "Small"), StoreErrorCode::persistentStoreOpen);
+  EXPECT_TRUE(testing::readFile(url) == before);
+  EXPECT_FALSE(std::filesystem::exists(directory.path() / "Other.sqlite-wal"));
+}
+
+TEST(PersistentStoreCoordinator, KeepsPlannerStatisticsCurrentWhileAFreshStoreFills) {
+  TestStore store;
+  auto task = testing::makeTask(*store.context, "Busy");
+  for (int save = 0; save < 4; ++save) {
+    for (int i = 0; i < 500; ++i) testing::makeSession(*store.context, task, save * 1000 + i, std::nullopt, 1);
+    store.context->save();
+  }
+  auto stats = testing::storeFileRows(store.storeURL(), "SELECT stat FROM sqlite_stat1 WHERE idx = 'Session_begin'");
+  ASSERT_EQ(stats.size(), 1u);
+  EXPECT_GE(std::stoll(*stats[0][0].get<std::string>()), 1000);
+}
+
+constexpr const char* kWriterMarker = "KESTRONA_OBJECTSTORE_WRITER_CHILD";
+
+// Stops the save that calls it in the middle of its transaction, holding the
+// store's write lock, until the parent lets it go on.
+class StallingTransformer : public ValueTransformer {
+ public:
+  Data transformedValue(const Value&) const override {
+    testing::tellParent("writing");
+    testing::waitForEndOfInput();
+    return Data{{'w'}};
+  }
+  Value reverseTransformedValue(const Data&) const override { return Value(); }
+};
+
+TEST(TwoProcesses, AStoreOpensAndReadsWhileAnotherProcessWrites) {
+  TestStore store;
+  testing::makeTask(*store.context, "Before");
+  store.context->save();
+  store.context.reset();
+  store.coordinator.reset();
+
+  testing::ChildTestProcess writer("TwoProcesses.WriterInTheMiddleOfASave", kWriterMarker,
+                                   {{"KESTRONA_OBJECTSTORE_WRITER_STORE", store.storeURL().string()}});
+  ASSERT_EQ(writer.readLine(), "writing");
+  store.reopen();
+  EXPECT_EQ(store.context->count(FetchRequest("Task")), 1u);
+  EXPECT_EQ(store.context->count(FetchRequest("RuleSet")), 0u);
+  writer.closeInput();
+  EXPECT_EQ(writer.wait(), 0);
+  EXPECT_EQ(store.context->count(FetchRequest("RuleSet")), 1u);
+}
+
+TEST(TwoProcesses, WriterInTheMiddleOfASave) {
+  const char* path = std::getenv("KESTRONA_OBJECTSTORE_WRITER_STORE");
+  if (std::getenv(kWriterMarker) == nullptr || path == nullptr) GTEST_SKIP() << "runs as a child process only";
+  ValueTransformer::setValueTransformer(std::make_shared<StallingTransformer>(), "WordListTransformer");
+  auto coordinator = PersistentStoreCoordinator::make(ManagedObjectModel::loadNamed("Tracker", testing::modelDirectory()));
+  coordinator->addPersistentStore(path);
+  auto context = ManagedObjectContext::make(ManagedObjectContextConcurrencyType::privateQueueConcurrencyType);
+  context->setPersistentStoreCoordinator(coordinator);
+  context->insertNewObject("RuleSet")->setValue(Value(Value::Array{Value("word")}), "words");
+  context->save();
 }
 
 TEST(PersistentStoreCoordinator, ResolvesOnlyPermanentURIsOfItsOwnStore) {

@@ -3,6 +3,7 @@
 #include <set>
 
 #include "Platform/ObjectStore/Predicate.h"
+#include "Platform/ObjectStore/StoreError.h"
 #include "tests/Platform/ObjectStore/StoreTestSupport.h"
 
 namespace kestrona {

@@ -1,5 +1,7 @@
 #include "tests/Platform/ObjectStore/StoreTestSupport.h"
 
+#include <sqlite3.h>
+
 #include <chrono>
 #include <thread>
 
@@ -72,6 +74,49 @@ std::shared_ptr<ManagedObject> makeSession(ManagedObjectContext& context, const 
   session->setValue(duration, "confirmedDuration");
   session->setValue(Value(task), "task");
   return session;
+}
+
+std::vector<std::vector<Value>> storeFileRows(const std::filesystem::path& file, const std::string& sql) {
+  std::vector<std::vector<Value>> rows;
+  sqlite3* database = nullptr;
+  sqlite3_stmt* statement = nullptr;
+  if (sqlite3_open_v2(file.c_str(), &database, SQLITE_OPEN_READWRITE, nullptr) != SQLITE_OK ||
+      sqlite3_prepare_v2(database, sql.c_str(), -1, &statement, nullptr) != SQLITE_OK) {
+    ADD_FAILURE() << sql << ": " << sqlite3_errmsg(database);
+  }
+  while (statement && sqlite3_step(statement) == SQLITE_ROW) {
+    std::vector<Value> row;
+    for (int column = 0; column < sqlite3_column_count(statement); ++column) {
+      switch (sqlite3_column_type(statement, column)) {
+        case SQLITE_INTEGER:
+          row.emplace_back(static_cast<std::int64_t>(sqlite3_column_int64(statement, column)));
+          break;
+        case SQLITE_FLOAT:
+          row.emplace_back(sqlite3_column_double(statement, column));
+          break;
+        case SQLITE_TEXT:
+          row.emplace_back(std::string(reinterpret_cast<const char*>(sqlite3_column_text(statement, column))));
+          break;
+        default:
+          row.emplace_back();
+      }
+    }
+    rows.push_back(std::move(row));
+  }
+  sqlite3_finalize(statement);
+  sqlite3_close(database);
+  return rows;
+}
+
+void executeOnStoreFile(const std::filesystem::path& file, const std::string& sql) {
+  sqlite3* database = nullptr;
+  char* message = nullptr;
+  if (sqlite3_open_v2(file.c_str(), &database, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr) != SQLITE_OK ||
+      sqlite3_exec(database, sql.c_str(), nullptr, nullptr, &message) != SQLITE_OK) {
+    ADD_FAILURE() << sql << ": " << (message ? message : sqlite3_errmsg(database));
+  }
+  sqlite3_free(message);
+  sqlite3_close(database);
 }
 
 bool runLoopUntil(MainLoop& loop, const std::function<bool()>& condition) {

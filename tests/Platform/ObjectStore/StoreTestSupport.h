@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <ostream>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -19,6 +20,14 @@
 #include "Platform/ObjectStore/ValueTransformer.h"
 #include "Platform/RunLoop/MainLoop.h"
 #include "tests/support/TemporaryDirectory.h"
+
+namespace kestrona {
+
+// Test failures print values and IDs as text.
+inline void PrintTo(const Value& value, std::ostream* stream) { *stream << value.description(); }
+inline void PrintTo(const ManagedObjectID& id, std::ostream* stream) { *stream << id.description(); }
+
+}  // namespace kestrona
 
 namespace kestrona::testing {
 
@@ -52,6 +61,12 @@ std::shared_ptr<ManagedObject> makeTask(ManagedObjectContext& context, const std
                                         bool archived = false);
 std::shared_ptr<ManagedObject> makeSession(ManagedObjectContext& context, const std::shared_ptr<ManagedObject>& task,
                                            double begin, std::optional<double> end, double duration);
+
+// The rows of SQL run on a connection of the test's own to a store file
+// (it sees committed data only), each column as stored; and a statement run
+// there, to age or damage a file. A failure fails the test.
+std::vector<std::vector<Value>> storeFileRows(const std::filesystem::path& file, const std::string& sql);
+void executeOnStoreFile(const std::filesystem::path& file, const std::string& sql);
 
 // Runs loop's ready work until condition holds or a generous deadline has
 // passed; returns whether the condition holds. Nothing is timed: the
