@@ -1,10 +1,5 @@
 #include "tests/Platform/Workspace/ProgramFixtures.h"
 
-#include <gtest/gtest.h>
-
-#include <asio/io_context.hpp>
-
-#include "Platform/RunLoop/RunLoopTimer.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace kestrona::testing {
@@ -27,15 +22,6 @@ std::filesystem::path layOutApplication(const std::filesystem::path& root, const
   writeFile(widgets / "Info.json", R"({"identifier": "app.kestrona.widgets", "executable": "bin/kestrona-widgets"})");
   writeScript(widgets / "bin/kestrona-widgets", "exit 0");
   return application;
-}
-
-void runUntil(MainLoop& loop, const std::function<bool()>& done) {
-  bool guardFired = false;
-  auto guard = RunLoopTimer::once(loop, 30.0, [&] { guardFired = true; });
-  // One handler at a time, blocking until the next is ready (a process exit,
-  // a timer), so that done() is checked after each.
-  while (!done() && !guardFired) loop.context().run_one();
-  EXPECT_FALSE(guardFired) << "the loop did not finish its work";
 }
 
 }  // namespace kestrona::testing

@@ -1,13 +1,12 @@
-// Test helpers for code that starts programs and waits on a main loop:
-// executable shell scripts in a temporary folder, an application bundle laid
-// out as installed, and running a loop until a test's work is done.
+// Test helpers for code that starts programs: executable shell scripts in a
+// temporary folder and an application bundle laid out as installed. Such
+// tests wait on a loop with runUntil (tests/support/RunLoopDriving.h).
 #pragma once
 
 #include <filesystem>
-#include <functional>
 #include <string>
 
-#include "Platform/RunLoop/MainLoop.h"
+#include "tests/support/RunLoopDriving.h"
 
 namespace kestrona::testing {
 
@@ -23,9 +22,5 @@ std::filesystem::path layOutApplication(const std::filesystem::path& root, const
 
 // The path of the widget bundle inside an application bundle.
 std::filesystem::path widgetBundleIn(const std::filesystem::path& application);
-
-// Runs loop until done() holds, or fails the test after a generous guard of
-// 30 seconds of the loop's own (which only a hang ever reaches).
-void runUntil(MainLoop& loop, const std::function<bool()>& done);
 
 }  // namespace kestrona::testing

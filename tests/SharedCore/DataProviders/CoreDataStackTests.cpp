@@ -16,7 +16,6 @@ namespace kestrona {
 namespace {
 
 using testing::insertTask;
-using testing::MainLoopWaiter;
 using testing::onlyObject;
 using testing::TestStack;
 using testing::writeAndWait;
@@ -207,7 +206,7 @@ TEST(CoreDataStackWrite, RunsOnTheQueueInAFreshPrivateContextAndCompletesThereWi
   bool completionOnQueue = false;
   const ManagedObjectContext* blockContext = nullptr;
   std::optional<std::string> received;
-  MainLoopWaiter waiter;
+  testing::LoopSignal waiter;
 
   stack.executeUntrackedWriteOperation(
       [&](ManagedObjectContext& context) -> std::optional<std::string> {
@@ -224,7 +223,7 @@ TEST(CoreDataStackWrite, RunsOnTheQueueInAFreshPrivateContextAndCompletesThereWi
         completionThread = std::this_thread::get_id();
         completionOnQueue = stack.queue().isCurrent();
         received = value;
-        waiter.finish();
+        waiter.signal();
       });
   waiter.wait();
 
@@ -245,7 +244,7 @@ TEST(CoreDataStackWrite, WritesRunOneAfterAnotherInTheirOrder) {
   std::atomic<int> running = 0;
   std::atomic<bool> overlapped = false;
   std::vector<int> order;
-  MainLoopWaiter waiter;
+  testing::LoopSignal waiter;
   for (int index = 0; index < 5; ++index) {
     stack.executeUntrackedWriteOperation(
         [&, index](ManagedObjectContext& context) -> int {
@@ -258,7 +257,7 @@ TEST(CoreDataStackWrite, WritesRunOneAfterAnotherInTheirOrder) {
         },
         [&](std::exception_ptr, std::optional<int> value) {
           order.push_back(value.value_or(-1));
-          waiter.finish();
+          waiter.signal();
         });
   }
   waiter.wait(5);
@@ -290,7 +289,7 @@ TEST(CoreDataStackWrite, ABlockThatChangesNothingSavesNothingAndPostsNoDidSave) 
 TEST(CoreDataStackWrite, AFailingBlockRollsBackAndHandsOnItsTypedErrorWithoutAValue) {
   TestStack test;
   CoreDataStack& stack = *test.stack;
-  MainLoopWaiter waiter;
+  testing::LoopSignal waiter;
   std::exception_ptr failure;
   std::optional<int> received = 0;
   ::testing::internal::CaptureStderr();
@@ -302,7 +301,7 @@ TEST(CoreDataStackWrite, AFailingBlockRollsBackAndHandsOnItsTypedErrorWithoutAVa
       [&](std::exception_ptr error, std::optional<int> value) {
         failure = error;
         received = value;
-        waiter.finish();
+        waiter.signal();
       });
   waiter.wait();
   const std::string logged = ::testing::internal::GetCapturedStderr();

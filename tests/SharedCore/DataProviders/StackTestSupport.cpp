@@ -2,25 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include "Platform/RunLoop/MainLoop.h"
-
 namespace kestrona::testing {
 
 Bundle modelBundle() { return Bundle::load(std::filesystem::path(KESTRONA_STACK_TEST_MODELS)); }
-
-void MainLoopWaiter::finish() {
-  MainLoop::main().post([this] {
-    ++finished_;
-    MainLoop::main().stop();
-  });
-}
-
-void MainLoopWaiter::wait(int expected) {
-  while (finished_ < expected) {
-    MainLoop::main().restart();
-    MainLoop::main().run();
-  }
-}
 
 TestStack::TestStack(const std::string& modelName) {
   environment.set("XDG_CONFIG_HOME", (directory.path() / "config").string());
@@ -29,12 +13,12 @@ TestStack::TestStack(const std::string& modelName) {
 }
 
 std::exception_ptr writeAndWait(CoreDataStack& stack, std::function<void(ManagedObjectContext&)> block) {
-  MainLoopWaiter waiter;
+  LoopSignal waiter;
   std::exception_ptr failure;
   stack.executeUntrackedWriteOperation(std::move(block),
                                        [&](std::exception_ptr error, std::optional<std::monostate>) {
                                          failure = error;
-                                         waiter.finish();
+                                         waiter.signal();
                                        });
   waiter.wait();
   return failure;

@@ -1,5 +1,5 @@
-// A store stack over the test models in a temporary folder, and a way to
-// wait on the main loop for work that other threads finish.
+// A store stack over the test models in a temporary folder, and a write that
+// waits on the main loop for its completion.
 #pragma once
 
 #include <filesystem>
@@ -8,6 +8,7 @@
 
 #include "Platform/Bundle/Bundle.h"
 #include "SharedCore/DataProviders/CoreDataStack.h"
+#include "tests/support/RunLoopDriving.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace kestrona::testing {
@@ -15,18 +16,6 @@ namespace kestrona::testing {
 // The folder of the test models, as a bundle: "StackTest" (ALEntry without
 // identifier) and "StackTestSyncedLog" (ALEntry with one).
 Bundle modelBundle();
-
-// Runs MainLoop::main() on the calling thread until finish() has been called
-// (from any thread) as many times as expected; work the loop was given
-// before the last finish() has run by then.
-class MainLoopWaiter {
- public:
-  void finish();
-  void wait(int expected = 1);
-
- private:
-  int finished_ = 0;
-};
 
 class TestStack {
  public:
