@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <mutex>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -10,6 +9,7 @@
 #include "Platform/Logging/LogHandler.h"
 #include "Platform/Time/Date.h"
 #include "SharedCore/Support/Logging/LoggerExtension.h"
+#include "tests/support/RecordingLogHandler.h"
 
 namespace kestrona {
 namespace {
@@ -17,30 +17,9 @@ namespace {
 using Level = Logger::Level;
 using Value = Logger::MetadataValue;
 
-struct Captured {
-  Level level;
-  std::string message, source, file, function;
-  std::uint32_t line;
-  Logger::Metadata metadata;
-};
-
-class CapturingHandler final : public LogHandler {
- public:
-  void log(const LogRecord& record) noexcept override {
-    std::lock_guard lock(mutex_);
-    records.push_back({record.level, std::string(record.message), std::string(record.source),
-                       std::string(record.file), std::string(record.function), record.line, record.metadata});
-  }
-  Level initialLogLevel() const noexcept override { return Level::info; }
-  std::vector<Captured> records;
-
- private:
-  std::mutex mutex_;
-};
-
 class LoggerExtension : public ::testing::Test {
  protected:
-  std::shared_ptr<CapturingHandler> handler_ = std::make_shared<CapturingHandler>();
+  std::shared_ptr<testing::RecordingLogHandler> handler_ = std::make_shared<testing::RecordingLogHandler>();
   Logger logger_{"DataModifier", handler_};
 };
 
@@ -58,18 +37,18 @@ TEST_F(LoggerExtension, MessageAndDataAreNotEvaluatedWhenTheLevelIsOff) {
   logging::debug(logger_, message, makeData);
   EXPECT_EQ(messages, 0);
   EXPECT_EQ(data, 0);
-  EXPECT_TRUE(handler_->records.empty());
+  EXPECT_TRUE(handler_->records().empty());
 
   logging::info(logger_, message, makeData);
   logging::warning(logger_, message, makeData);
   logging::error(logger_, message, makeData);
   EXPECT_EQ(messages, 3);
   EXPECT_EQ(data, 3);
-  ASSERT_EQ(handler_->records.size(), 3u);
-  EXPECT_EQ(handler_->records[0].level, Level::info);
-  EXPECT_EQ(handler_->records[1].level, Level::warning);
-  EXPECT_EQ(handler_->records[2].level, Level::error);
-  EXPECT_EQ(handler_->records[2].metadata, (Logger::Metadata{{"task", "T"}}));
+  ASSERT_EQ(handler_->records().size(), 3u);
+  EXPECT_EQ(handler_->records()[0].level, Level::info);
+  EXPECT_EQ(handler_->records()[1].level, Level::warning);
+  EXPECT_EQ(handler_->records()[2].level, Level::error);
+  EXPECT_EQ(handler_->records()[2].metadata, (Logger::Metadata{{"task", "T"}}));
 
   logger_.setLogLevel(Level::critical);
   logging::error(logger_, message, makeData);
@@ -79,19 +58,17 @@ TEST_F(LoggerExtension, MessageAndDataAreNotEvaluatedWhenTheLevelIsOff) {
 
 TEST_F(LoggerExtension, SourceIsTheFileIdentifiersFirstComponent) {
   logging::info(logger_, "given", {}, logging::LogSite("SharedCore/DataModifier", "save()", 42));
-  logging::info(logger_, "no slash", {}, logging::LogSite("DataModifier", "save()", 7));
   int line = __LINE__ + 1;
   logging::info(logger_, "from here");
-  ASSERT_EQ(handler_->records.size(), 3u);
-  EXPECT_EQ(handler_->records[0].source, "SharedCore");
-  EXPECT_EQ(handler_->records[0].file, "SharedCore/DataModifier");
-  EXPECT_EQ(handler_->records[0].function, "save()");
-  EXPECT_EQ(handler_->records[0].line, 42u);
-  EXPECT_EQ(handler_->records[1].source, "n/a");
+  ASSERT_EQ(handler_->records().size(), 2u);
+  EXPECT_EQ(handler_->records()[0].source, "SharedCore");
+  EXPECT_EQ(handler_->records()[0].file, "SharedCore/DataModifier");
+  EXPECT_EQ(handler_->records()[0].function, "save()");
+  EXPECT_EQ(handler_->records()[0].line, 42u);
   // The caller's own place, not the extension's.
-  EXPECT_EQ(handler_->records[2].source, "tests");
-  EXPECT_EQ(handler_->records[2].file, "tests/SharedCore/Support/Logging/LoggerExtensionTests.cpp");
-  EXPECT_EQ(handler_->records[2].line, static_cast<std::uint32_t>(line));
+  EXPECT_EQ(handler_->records()[1].source, "tests");
+  EXPECT_EQ(handler_->records()[1].file, "tests/SharedCore/Support/Logging/LoggerExtensionTests.cpp");
+  EXPECT_EQ(handler_->records()[1].line, static_cast<std::uint32_t>(line));
 }
 
 TEST_F(LoggerExtension, ErrorFormPutsTheErrorUnderItsKey) {
@@ -99,16 +76,16 @@ TEST_F(LoggerExtension, ErrorFormPutsTheErrorUnderItsKey) {
   logging::error(logger_, "fetch failed", failure);
   logging::error(logger_, "caught", std::make_exception_ptr(std::runtime_error("disk full")));
   logging::error(logger_, "odd", std::make_exception_ptr(42));
-  ASSERT_EQ(handler_->records.size(), 3u);
-  EXPECT_EQ(handler_->records[0].message, "fetch failed");
-  EXPECT_EQ(handler_->records[0].level, Level::error);
-  EXPECT_EQ(handler_->records[0].metadata, (Logger::Metadata{{"error", failure.what()}}));
-  EXPECT_EQ(handler_->records[1].metadata, (Logger::Metadata{{"error", "disk full"}}));
-  EXPECT_EQ(handler_->records[2].metadata, (Logger::Metadata{{"error", "unknown error"}}));
+  ASSERT_EQ(handler_->records().size(), 3u);
+  EXPECT_EQ(handler_->records()[0].message, "fetch failed");
+  EXPECT_EQ(handler_->records()[0].level, Level::error);
+  EXPECT_EQ(handler_->records()[0].metadata, (Logger::Metadata{{"error", failure.what()}}));
+  EXPECT_EQ(handler_->records()[1].metadata, (Logger::Metadata{{"error", "disk full"}}));
+  EXPECT_EQ(handler_->records()[2].metadata, (Logger::Metadata{{"error", "unknown error"}}));
 
   logger_.setLogLevel(Level::critical);
   logging::error(logger_, "dropped", failure);
-  EXPECT_EQ(handler_->records.size(), 3u);
+  EXPECT_EQ(handler_->records().size(), 3u);
 }
 
 enum class StoreErrorCode { objectNoLongerExists };
@@ -127,16 +104,16 @@ TEST_F(LoggerExtension, ErrorsOfAnyClassInTheDataPrintByTheirDescription) {
                                {"plain", plain},
                                {"standard", std::runtime_error("disk full")},
                                {"caught", std::make_exception_ptr(std::logic_error("bad state"))}});
-  ASSERT_EQ(handler_->records.size(), 1u);
-  EXPECT_EQ(handler_->records[0].metadata, (Logger::Metadata{{"caught", "bad state"},
+  ASSERT_EQ(handler_->records().size(), 1u);
+  EXPECT_EQ(handler_->records()[0].metadata, (Logger::Metadata{{"caught", "bad state"},
                                                              {"error", typed.what()},
                                                              {"plain", plain.what()},
                                                              {"standard", "disk full"}}));
 
   // A lazily made dictionary holds them the same way.
   logging::warning(logger_, "retrying", [&] { return logging::Data{{"error", typed}}; });
-  ASSERT_EQ(handler_->records.size(), 2u);
-  EXPECT_EQ(handler_->records[1].metadata, (Logger::Metadata{{"error", typed.what()}}));
+  ASSERT_EQ(handler_->records().size(), 2u);
+  EXPECT_EQ(handler_->records()[1].metadata, (Logger::Metadata{{"error", typed.what()}}));
 }
 
 TEST(MetadataConversion, StringsStayStringsAndOtherValuesArePrinted) {
