@@ -9,6 +9,7 @@
 
 #include "Platform/Foundation/FatalError.h"
 #include "SharedCore/DataProviders/DetachedError.h"
+#include "SharedCore/Model/TrackingModel.h"
 #include "SharedCore/Support/Colors/ColorSetManager.h"
 #include "SharedCore/Support/Logging/LoggerExtension.h"
 
@@ -110,6 +111,8 @@ CoreDataStack::CoreDataStack(std::string modelName, URL storeDirectoryURL, std::
       storeName_(std::move(storeName)),
       modelBundle_(modelBundle ? std::move(*modelBundle) : sharedCoreResourceBundle()),
       nodeCollaborators_(std::make_shared<NodeCollaborators>(std::make_shared<ColorSetManager>())) {
+  // The contexts look the classes up when they make their first objects.
+  registerTrackingModelClasses();
   setupCoreDataStack();
 }
 

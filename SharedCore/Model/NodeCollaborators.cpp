@@ -1,6 +1,7 @@
 #include "SharedCore/Model/NodeCollaborators.h"
 
 #include "Platform/ObjectStore/ManagedObjectContext.h"
+#include "SharedCore/Model/CurrentSessionProviding.h"
 #include "SharedCore/Support/Colors/ColorSetManager.h"
 
 namespace kestrona {
@@ -14,15 +15,15 @@ const char kNodeCollaboratorsKey = 0;
 }  // namespace
 
 NodeCollaborators::NodeCollaborators(std::shared_ptr<ColorSetManager> colorSetManager,
-                                     std::weak_ptr<KSTimer> timer)
+                                     std::weak_ptr<CurrentSessionProviding> timer)
     : colorSetManager_(std::move(colorSetManager)), timer_(std::move(timer)) {}
 
-std::shared_ptr<KSTimer> NodeCollaborators::timer() const {
+std::shared_ptr<CurrentSessionProviding> NodeCollaborators::timer() const {
   std::lock_guard lock(timerMutex_);
   return timer_.lock();
 }
 
-void NodeCollaborators::setTimer(std::weak_ptr<KSTimer> timer) {
+void NodeCollaborators::setTimer(std::weak_ptr<CurrentSessionProviding> timer) {
   std::lock_guard lock(timerMutex_);
   timer_ = std::move(timer);
 }

@@ -1,6 +1,9 @@
 // What a store context carries so that the objects living in it reach the
 // process's services: the colour set manager, strongly, and the one timer,
-// weakly (nil in a process without a timer, such as a reader).
+// weakly (nil in a process without a timer, such as a reader). The timer is
+// seen through CurrentSessionProviding, the one thing the entities ask of
+// it; the timer class implements that interface, so a std::shared_ptr to it
+// converts to the timer kept here.
 //
 // The stack sets one NodeCollaborators on every context it hands out, under
 // one process-wide key of the context's associated-object slot, and the
@@ -18,25 +21,25 @@
 namespace kestrona {
 
 class ColorSetManager;
-class KSTimer;
+class CurrentSessionProviding;
 class ManagedObjectContext;
 
 class NodeCollaborators {
  public:
   explicit NodeCollaborators(std::shared_ptr<ColorSetManager> colorSetManager,
-                             std::weak_ptr<KSTimer> timer = {});
+                             std::weak_ptr<CurrentSessionProviding> timer = {});
   NodeCollaborators(const NodeCollaborators&) = delete;
   NodeCollaborators& operator=(const NodeCollaborators&) = delete;
 
   const std::shared_ptr<ColorSetManager>& colorSetManager() const noexcept { return colorSetManager_; }
   // The timer while it lives; null when none was set or it is gone.
-  std::shared_ptr<KSTimer> timer() const;
-  void setTimer(std::weak_ptr<KSTimer> timer);
+  std::shared_ptr<CurrentSessionProviding> timer() const;
+  void setTimer(std::weak_ptr<CurrentSessionProviding> timer);
 
  private:
   std::shared_ptr<ColorSetManager> colorSetManager_;
   mutable std::mutex timerMutex_;
-  std::weak_ptr<KSTimer> timer_;
+  std::weak_ptr<CurrentSessionProviding> timer_;
 };
 
 // The collaborators kept on context, or null when none were set.

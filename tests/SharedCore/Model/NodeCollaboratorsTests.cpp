@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "Platform/ObjectStore/ManagedObjectContext.h"
+#include "SharedCore/Model/CurrentSessionProviding.h"
 #include "SharedCore/Model/NodeCollaborators.h"
 #include "SharedCore/Support/Colors/ColorSetManager.h"
 #include "tests/support/TemporaryDirectory.h"
@@ -46,14 +47,13 @@ TEST(NodeCollaborators, HoldTheTimerWeakly) {
   NodeCollaborators collaborators(std::make_shared<ColorSetManager>());
   EXPECT_EQ(collaborators.timer(), nullptr);
 
-  // The timer's class is opaque here; an aliasing pointer stands in for one
-  // and is never dereferenced.
-  auto owner = std::make_shared<int>(0);
-  std::shared_ptr<KSTimer> timer(owner, reinterpret_cast<KSTimer*>(owner.get()));
+  struct NoTimer : CurrentSessionProviding {
+    std::shared_ptr<Session> currentSession() const override { return nullptr; }
+  };
+  auto timer = std::make_shared<NoTimer>();
   collaborators.setTimer(timer);
   EXPECT_EQ(collaborators.timer(), timer);
   timer.reset();
-  owner.reset();
   EXPECT_EQ(collaborators.timer(), nullptr);
 }
 
