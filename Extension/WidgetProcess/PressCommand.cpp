@@ -4,101 +4,45 @@
 // top-left corner, or in the middle of the recent tasks widget's plate N,
 // counted from 1, row by row, among the plates shown.
 //
-// What the press hits decides what happens, as on the desktop (HitTesting.h):
-// a press target runs its intent on the main loop through the registered
-// timer-intent host (the deep-link host the bundle installs, which opens the
-// deep link at the containing application), and the command prints one JSON
-// object saying what was asked of the host and how the intent ended:
-//
-//   {"kind", "family", "x", "y", "pressed": "intent", "intent": "Timer",
-//    "command": "start" | "pause", "taskId" (start only), "deepLink",
-//    "result": "performed" | "failed",
-//    "error": {"domain", "code", "description"} (failed only)}
-//
-// "command" and "deepLink" are absent when the intent failed before it
-// reached the host. The host cannot tell whether a pause was taken (it logs
-// a failure), so a pause is always performed. A press anywhere else follows
-// a link: {"pressed": "link", "url", "isWidgetURL"}; a press that nothing
-// takes: {"pressed": "nothing"}. The status is 1 when the intent failed.
+// What the press hits decides what happens, as on the desktop: the press
+// goes through a WidgetPresser, so a press target runs its intent through
+// the registered timer-intent host (the deep-link host the bundle installs,
+// which opens the deep link at the containing application) and a link is
+// reported, not opened. The command prints one JSON object: "kind",
+// "family", "x", "y", then the outcome's fields (pressOutcomeJSON() in
+// WidgetPresser.h). The host cannot tell whether a pause was taken (it logs
+// a failure), so a pause is always performed. The status is 1 when the
+// intent failed.
 #include <cmath>
-#include <exception>
+#include <optional>
 #include <ostream>
 
 #include <nlohmann/json.hpp>
 
 #include "Extension/WidgetProcess/CommandLine.h"
 #include "Extension/WidgetProcess/EntryRequest.h"
+#include "Extension/WidgetProcess/WidgetPresser.h"
 #include "Extension/WidgetProcess/WidgetViews.h"
-#include "Platform/Intents/AppIntent.h"
 #include "Platform/RunLoop/MainLoop.h"
-#include "Platform/View/HitTesting.h"
 #include "SharedWidgets/Widgets/RecentTasksWidget.h"
-#include "WidgetData/TimerIntent/TimerWidgetDeepLink.h"
-#include "WidgetData/TimerIntent/TimerWidgetIntentHost.h"
 
 namespace kestrona {
 namespace {
 
 using Code = CommandLineErrorCode;
 
-// Passes each command on to the host it stands in front of, and keeps what
-// was asked, so that the command can say which deep link the press opened.
-class RecordingIntentHost final : public TimerWidgetIntentHosting {
- public:
-  explicit RecordingIntentHost(std::shared_ptr<TimerWidgetIntentHosting> host) : host_(std::move(host)) {}
-
-  asio::awaitable<bool> startTimer(std::string taskId) override {
-    deepLink = TimerWidgetDeepLink::start(taskId);
-    bool handedOver = co_await host_->startTimer(std::move(taskId));
-    co_return handedOver;
-  }
-
-  asio::awaitable<void> pauseTimer() override {
-    deepLink = TimerWidgetDeepLink::pause();
-    co_await host_->pauseTimer();
-  }
-
-  std::optional<TimerWidgetDeepLink> deepLink;
-
- private:
-  std::shared_ptr<TimerWidgetIntentHosting> host_;
-};
-
-// Puts recording in front of the registered host for as long as it lives.
-class ScopedRecordingHost {
- public:
-  ScopedRecordingHost() : previous_(TimerWidgetIntentHost::current()) {
-    if (previous_) {
-      recording_ = std::make_shared<RecordingIntentHost>(previous_);
-      TimerWidgetIntentHost::setCurrent(recording_);
-    }
-  }
-  ~ScopedRecordingHost() {
-    if (previous_) TimerWidgetIntentHost::setCurrent(previous_);
-  }
-  ScopedRecordingHost(const ScopedRecordingHost&) = delete;
-  ScopedRecordingHost& operator=(const ScopedRecordingHost&) = delete;
-
-  std::optional<TimerWidgetDeepLink> deepLink() const { return recording_ ? recording_->deepLink : std::nullopt; }
-
- private:
-  std::shared_ptr<TimerWidgetIntentHosting> previous_;
-  std::shared_ptr<RecordingIntentHost> recording_;
-};
-
-// Runs intent on the main loop until it ends; its failure, if any.
-std::exception_ptr runIntent(const AnyAppIntent& intent) {
+// Presses tree at point and runs the main loop until the press has ended.
+WidgetPressOutcome pressAndWait(const LayoutTree& tree, Point point) {
   MainLoop& loop = MainLoop::main();
-  std::exception_ptr failure;
-  bool finished = false;
-  intent.run(loop, [&](std::exception_ptr error) {
-    failure = error;
-    finished = true;
+  std::optional<WidgetPressOutcome> outcome;
+  WidgetPresser presser(loop);
+  presser.press(tree, point, [&](WidgetPressOutcome ended) {
+    outcome = std::move(ended);
     loop.stop();
   });
-  while (!finished) loop.run();
+  while (!outcome) loop.run();
   loop.restart();
-  return failure;
+  return std::move(*outcome);
 }
 
 Point platePoint(const EntryRequest& request, const LayoutTree& tree, const std::string& text) {
@@ -143,39 +87,9 @@ int runPressCommand(const CommandInvocation& invocation) {
   json["family"] = std::string(rawValue(request->family()));
   json["x"] = point.x;
   json["y"] = point.y;
-  int status = 0;
-  std::optional<PressAction> action = hitTest(tree, point);
-  if (!action) {
-    json["pressed"] = "nothing";
-  } else if (const PressLink* link = std::get_if<PressLink>(&*action)) {
-    json["pressed"] = "link";
-    json["url"] = link->url.absoluteString();
-    json["isWidgetURL"] = link->isWidgetURL;
-  } else {
-    const AnyAppIntent& intent = *std::get<PressIntent>(*action).intent;
-    json["pressed"] = "intent";
-    json["intent"] = std::string(intent.title());
-    ScopedRecordingHost recording;
-    std::exception_ptr failure = runIntent(intent);
-    if (std::optional<TimerWidgetDeepLink> deepLink = recording.deepLink()) {
-      std::optional<std::string> taskId = deepLink->taskId();
-      json["command"] = taskId ? "start" : "pause";
-      if (taskId) json["taskId"] = *taskId;
-      if (std::optional<URL> url = deepLink->url()) json["deepLink"] = url->absoluteString();
-    }
-    if (!failure) {
-      json["result"] = "performed";
-    } else {
-      status = 1;
-      json["result"] = "failed";
-      try {
-        std::rethrow_exception(failure);
-      } catch (const Error& error) {
-        json["error"] = {
-            {"domain", error.domain()}, {"code", error.code()}, {"description", error.localizedDescription()}};
-      }
-    }
-  }
+  const WidgetPressOutcome outcome = pressAndWait(tree, point);
+  json.update(pressOutcomeJSON(outcome));
+  const int status = outcome.failure ? 1 : 0;
   invocation.output << json.dump() << "\n";
   return status;
 }

@@ -250,6 +250,12 @@ cairo_status_t appendBytes(void* closure, const unsigned char* data, unsigned in
 
 }  // namespace
 
+void draw(const LayoutTree& tree, cairo_t* context) {
+  cairo_save(context);
+  drawTree(context, tree);
+  cairo_restore(context);
+}
+
 void renderPNG(const LayoutTree& tree, const std::filesystem::path& file, double scale) {
   Surface surface = imageSurface(tree, scale);
   check(cairo_surface_write_to_png(surface.get(), file.c_str()), ViewRenderingError::Code::cannotWrite,

@@ -9,6 +9,13 @@
 // outside 0...1 (wide-gamut colours converted to device RGB) are clamped
 // when drawn.
 //
+// draw() draws onto a Cairo context that the caller owns, such as a
+// window's: one user-space unit per point, in the context's current
+// transformation, at whatever device scale its surface has, so a window on a
+// screen of 2 pixels per point gets sharp text and edges without an image
+// scaled up. It leaves the context's state (source, clip, matrix) as it found
+// it.
+//
 // PNG output is at a pixel scale (2 pixels per point unless told), so a
 // small widget of 170 x 170 points becomes 340 x 340 pixels; SVG output is
 // in points, with text as glyph outlines.
@@ -27,6 +34,10 @@
 #include "Platform/Foundation/Error.h"
 #include "Platform/View/Layout.h"
 
+// Cairo's context, declared as Cairo declares it, so that this header needs
+// no Cairo include.
+typedef struct _cairo cairo_t;
+
 namespace kestrona {
 
 enum class ViewRenderingErrorCode { cannotCreateSurface, cannotDraw, cannotWrite };
@@ -43,6 +54,8 @@ class ViewRenderingError final : public CodedError<ViewRenderingErrorCode> {
 
 inline constexpr double kDefaultPixelScale = 2;
 
+// Draws tree onto context (see above).
+void draw(const LayoutTree& tree, cairo_t* context);
 // Draws tree to a PNG file at scale pixels per point.
 void renderPNG(const LayoutTree& tree, const std::filesystem::path& file, double scale = kDefaultPixelScale);
 // Draws tree to PNG bytes at scale pixels per point.

@@ -118,6 +118,38 @@ TEST(RendererTest, DrawsTheSameTreeToSVGWithGlyphOutlines) {
   EXPECT_NE(svg.find("<path"), std::string::npos);
 }
 
+// A window's surface: device scale 2, the widget placed at an offset. The
+// pixels are those of the PNG at scale 2, and the context's state is as the
+// caller left it.
+TEST(RendererTest, DrawsOntoACallersContextAtItsDeviceScale) {
+  const LayoutTree tree = laidOutTimer();
+  const Picture png(tree, 2);
+  std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)> surface(
+      cairo_image_surface_create(CAIRO_FORMAT_ARGB32, 400, 400), cairo_surface_destroy);
+  cairo_surface_set_device_scale(surface.get(), 2, 2);
+  cairo_t* context = cairo_create(surface.get());
+  cairo_translate(context, 10, 20);
+  cairo_set_source_rgb(context, 1, 0, 0);
+  draw(tree, context);
+  double x = 0, y = 0, red = 0, green = 0, blue = 0, alpha = 0;
+  cairo_user_to_device(context, &x, &y);
+  EXPECT_EQ(std::pair(x, y), std::pair(10.0, 20.0)) << "the caller's matrix";
+  cairo_pattern_get_rgba(cairo_get_source(context), &red, &green, &blue, &alpha);
+  EXPECT_EQ(red, 1) << "the caller's source";
+  cairo_destroy(context);
+  cairo_surface_flush(surface.get());
+
+  const unsigned char* data = cairo_image_surface_get_data(surface.get());
+  for (const auto& [px, py] : {std::pair{2, 2}, std::pair{300, 60}, std::pair{170, 300}, std::pair{60, 250}}) {
+    std::uint32_t drawn = 0;
+    std::memcpy(&drawn, data + (py + 40) * cairo_image_surface_get_stride(surface.get()) + 4 * (px + 20), 4);
+    const Pixel expected = png.at(px, py);
+    EXPECT_EQ(drawn, static_cast<std::uint32_t>(expected.alpha) << 24 | expected.red << 16 | expected.green << 8 |
+                         expected.blue)
+        << "at " << px << ", " << py;
+  }
+}
+
 TEST(RendererTest, FailsWithATypedErrorWhenItCannotDraw) {
   testing::TemporaryDirectory directory;
   const auto missing = directory.path() / "no such folder";
