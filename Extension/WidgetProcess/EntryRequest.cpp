@@ -1,20 +1,10 @@
 #include "Extension/WidgetProcess/EntryRequest.h"
 
 #include "Extension/WidgetProcess/CommandLine.h"
+#include "Extension/WidgetProcess/WidgetSelection.h"
 #include "Platform/WidgetHost/WidgetHost.h"
 
 namespace kestrona {
-namespace {
-
-using Code = CommandLineErrorCode;
-
-std::string kindList(const std::vector<WidgetConfiguration>& widgets) {
-  std::string list;
-  for (const WidgetConfiguration& widget : widgets) list += (list.empty() ? "" : ", ") + widget.kind();
-  return list;
-}
-
-}  // namespace
 
 std::unique_ptr<EntryRequest> EntryRequest::parse(const KestronaWidgets& bundle,
                                                   const std::vector<std::string>& arguments,
@@ -24,31 +14,16 @@ std::unique_ptr<EntryRequest> EntryRequest::parse(const KestronaWidgets& bundle,
   std::unique_ptr<EntryRequest> request(new EntryRequest());
   request->options_ = readCommandOptions(arguments, names, true);
   const CommandOptions& options = request->options_;
-  if (!options.argument) throw CommandLineError(Code::missingValue, "a widget kind is needed");
+  if (!options.argument) throw CommandLineError(CommandLineErrorCode::missingValue, "a widget kind is needed");
   if (const std::string* now = options.value("--now")) {
     request->clock_.set(parseNowOption(*now));
     request->scopedClock_.emplace(request->clock_);
   }
   std::vector<WidgetConfiguration> widgets = bundle.body();
-  for (const WidgetConfiguration& widget : widgets) {
-    if (widget.kind() == *options.argument) request->configuration_ = widget;
-  }
-  if (!request->configuration_) {
-    throw CommandLineError(Code::unknownKind,
-                           "unknown widget kind '" + *options.argument + "' (kinds: " + kindList(widgets) + ")");
-  }
-  const WidgetConfiguration& widget = *request->configuration_;
-  request->family_ = widget.supportedFamilies().front();
+  request->configuration_ = widgetOfKind(widgets, *options.argument);
+  request->family_ = request->configuration_->supportedFamilies().front();
   if (const std::string* name = options.value("--family")) {
-    std::optional<WidgetFamily> family = fromRawValue<WidgetFamily>(*name);
-    if (!family) {
-      throw CommandLineError(Code::unknownFamily,
-                             "unknown family '" + *name + "' (families: systemSmall, systemMedium, systemLarge)");
-    }
-    if (!widget.isSupported(*family)) {
-      throw CommandLineError(Code::unsupportedFamily, "the widget '" + widget.kind() + "' has no family " + *name);
-    }
-    request->family_ = *family;
+    request->family_ = familyOfWidget(*request->configuration_, *name);
   }
   return request;
 }

@@ -153,14 +153,20 @@ nlohmann::ordered_json pressOutcomeJSON(const WidgetPressOutcome& outcome) {
     return json;
   }
   json["result"] = "failed";
-  try {
-    std::rethrow_exception(outcome.failure);
-  } catch (const Error& error) {
-    json["error"] = {{"domain", error.domain()}, {"code", error.code()}, {"description", error.localizedDescription()}};
-  } catch (const std::exception& error) {
-    json["error"] = {{"description", error.what()}};
-  }
+  json["error"] = failureJSON(outcome.failure);
   return json;
+}
+
+nlohmann::ordered_json failureJSON(const std::exception_ptr& failure) {
+  try {
+    std::rethrow_exception(failure);
+  } catch (const Error& error) {
+    return {{"domain", error.domain()}, {"code", error.code()}, {"description", error.localizedDescription()}};
+  } catch (const std::exception& error) {
+    return {{"description", error.what()}};
+  } catch (...) {
+    return {{"description", "unknown error"}};
+  }
 }
 
 }  // namespace kestrona

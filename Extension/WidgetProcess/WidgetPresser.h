@@ -84,4 +84,8 @@ class WidgetPresser {
 
 nlohmann::ordered_json pressOutcomeJSON(const WidgetPressOutcome& outcome);
 
+// A failure as pressOutcomeJSON() writes it: {"domain", "code",
+// "description"} for an Error, {"description"} for anything else thrown.
+nlohmann::ordered_json failureJSON(const std::exception_ptr& failure);
+
 }  // namespace kestrona

@@ -74,26 +74,5 @@ TEST(WidgetPresserTest, PressesRunOneAtATimeInOrderAndSayWhatTheyHandedOver) {
   TimerWidgetIntentHost::setCurrent(nullptr);
 }
 
-TEST(WidgetPresserTest, ADestroyedPresserDropsItsPressesAndPutsTheHostBack) {
-  MainLoop loop;
-  auto host = std::make_shared<TurnTakingHost>();
-  TimerWidgetIntentHost::setCurrent(host);
-  const RecentTasksEntry entry{Date(2000), {task("a"), task("b")}};
-  const LayoutTree tree = layOutWidget("recentTasks", AnyTimelineEntry(entry), WidgetFamily::systemSmall);
-  const LaidOutNode* plate = tree.nodesOfKind(ViewKind::pressTarget).front();
-  int completions = 0;
-  {
-    WidgetPresser presser(loop);
-    presser.press(tree, {plate->frame.midX(), plate->frame.midY()}, [&](WidgetPressOutcome) { ++completions; });
-    presser.press(tree, {1, 1}, [&](WidgetPressOutcome) { ++completions; });
-    EXPECT_NE(TimerWidgetIntentHost::current(), host) << "the recording host stands in front while it runs";
-  }
-  EXPECT_EQ(TimerWidgetIntentHost::current(), host);
-  testing::runUntil(loop, [&] { return host->log.size() == 2; });
-  loop.poll();
-  EXPECT_EQ(completions, 0);
-  TimerWidgetIntentHost::setCurrent(nullptr);
-}
-
 }  // namespace
 }  // namespace kestrona
