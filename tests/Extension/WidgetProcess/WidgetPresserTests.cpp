@@ -10,7 +10,7 @@
 #include "Platform/RunLoop/Async.h"
 #include "SharedWidgets/Timelines/RecentTasksEntry.h"
 #include "WidgetData/TimerIntent/TimerWidgetIntentHost.h"
-#include "tests/Platform/Workspace/ProgramFixtures.h"
+#include "tests/support/RunLoopDriving.h"
 
 namespace kestrona {
 namespace {

@@ -11,7 +11,8 @@
 
 #include "Extension/WidgetWindow/GLibMainContextPump.h"
 #include "Platform/RunLoop/RunLoopTimer.h"
-#include "tests/Platform/Workspace/ProgramFixtures.h"
+#include "tests/support/ExpectThrow.h"
+#include "tests/support/RunLoopDriving.h"
 
 namespace kestrona {
 namespace {
@@ -97,12 +98,9 @@ TEST(GLibMainContextPumpOwnershipTest, RefusesAContextAnotherThreadOwns) {
   GMainContext* context = g_main_context_new();
   std::thread owner([context] { ASSERT_TRUE(g_main_context_acquire(context)); });
   owner.join();
-  try {
-    GLibMainContextPump::start(loop, context);
-    ADD_FAILURE() << "started on a context owned elsewhere";
-  } catch (const GLibMainContextPumpError& error) {
-    EXPECT_EQ(error.kind(), GLibMainContextPumpErrorCode::cannotAcquire);
-  }
+  auto error = testing::thrownBy<GLibMainContextPumpError>([&] { GLibMainContextPump::start(loop, context); });
+  ASSERT_TRUE(error);
+  EXPECT_EQ(error->kind(), GLibMainContextPumpErrorCode::cannotAcquire);
   g_main_context_unref(context);
 }
 

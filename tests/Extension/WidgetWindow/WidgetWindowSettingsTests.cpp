@@ -6,6 +6,7 @@
 #include "Extension/WidgetProcess/KestronaWidgets.h"
 #include "Extension/WidgetWindow/WidgetWindowOptions.h"
 #include "Extension/WidgetWindow/WidgetWindowSettings.h"
+#include "tests/support/ExpectThrow.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace kestrona {
@@ -39,12 +40,8 @@ TEST(WidgetWindowOptionsTest, EachKindAddsAWidgetInTheFamilyThatFollowsIt) {
       {{"timer"}, Code::unexpectedArgument},
   };
   for (const auto& example : wrong) {
-    try {
-      parseWidgetWindowOptions(example.arguments, widgets);
-      ADD_FAILURE() << "accepted " << ::testing::PrintToString(example.arguments);
-    } catch (const CommandLineError& error) {
-      EXPECT_EQ(error.kind(), example.code) << error.localizedDescription();
-    }
+    auto error = testing::thrownBy<CommandLineError>([&] { parseWidgetWindowOptions(example.arguments, widgets); });
+    EXPECT_EQ(error.value_or(CommandLineError(Code::badValue, "")).kind(), example.code);
   }
 }
 
