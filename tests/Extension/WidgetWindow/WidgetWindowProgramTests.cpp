@@ -54,10 +54,13 @@ bool waitUntil(double seconds, const std::function<bool()>& done) {
 }
 
 // A program run in the background with its output in files, in the test's
-// environment as it is at the start; ended with SIGTERM when still running.
+// environment as it is at the start; ended with SIGTERM when still running,
+// and by the kernel when the test process dies first (setpriv --pdeathsig),
+// so that a test killed by its time limit leaves no X server behind.
 class Child {
  public:
-  Child(const std::vector<std::string>& arguments, const fs::path& output) {
+  Child(std::vector<std::string> arguments, const fs::path& output) {
+    arguments.insert(arguments.begin(), {"setpriv", "--pdeathsig", "TERM", "--"});
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     const std::string errors = output.string() + ".err";
