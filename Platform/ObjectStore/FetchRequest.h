@@ -19,18 +19,9 @@
 
 #include "Platform/ObjectStore/ManagedObjectModel.h"
 #include "Platform/ObjectStore/Predicate.h"
+#include "Platform/ObjectStore/SortDescriptor.h"
 
 namespace kestrona {
-
-struct SortDescriptor {
-  std::string key;
-  bool ascending = true;
-};
-
-// The order of fetches for one sort key: nil first when ascending and last
-// when descending; values without an order between them (mixed kinds) tie.
-// The store's ORDER BY and every in-memory sort agree with it.
-bool precedesInSortOrder(const Value& left, const Value& right, bool ascending);
 
 class Expression {
  public:

@@ -74,16 +74,20 @@ void FetchedResultsController::performFetch() {
                    [this](const Placed& lhs, const Placed& rhs) { return precedes(lhs.keys, rhs.keys); });
 
   entity_ = entity;
+  takeList(placed);
+  rebuildPositions();
+  fetched_ = true;
+}
+
+void FetchedResultsController::takeList(std::vector<Placed>& list) {
   objects_.clear();
   keys_.clear();
-  objects_.reserve(placed.size());
-  keys_.reserve(placed.size());
-  for (auto& entry : placed) {
+  objects_.reserve(list.size());
+  keys_.reserve(list.size());
+  for (auto& entry : list) {
     objects_.push_back(std::move(entry.object));
     keys_.push_back(std::move(entry.keys));
   }
-  rebuildPositions();
-  fetched_ = true;
 }
 
 std::shared_ptr<ManagedObject> FetchedResultsController::objectAtIndexPath(const IndexPath& indexPath) const {
@@ -283,14 +287,7 @@ void FetchedResultsController::apply(const Changes& changes) {
   std::sort(updates.begin(), updates.end(),
             [](const Event& lhs, const Event& rhs) { return *lhs.oldIndex < *rhs.oldIndex; });
 
-  objects_.clear();
-  keys_.clear();
-  objects_.reserve(merged.size());
-  keys_.reserve(merged.size());
-  for (auto& entry : merged) {
-    objects_.push_back(std::move(entry.object));
-    keys_.push_back(std::move(entry.keys));
-  }
+  takeList(merged);
   // Updated in place rather than rebuilt: most objects keep their entry.
   for (const auto& event : deletes) positions_.erase(event.object.get());
   for (std::size_t index = 0; index < objects_.size(); ++index) positions_.insert_or_assign(objects_[index].get(), index);

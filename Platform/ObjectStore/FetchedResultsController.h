@@ -148,6 +148,8 @@ class FetchedResultsController {
  private:
   using SortKeys = std::vector<Value>;
   struct Placed;
+  // Makes list, in its order, the results and their kept sort keys.
+  void takeList(std::vector<Placed>& list);
   struct Changes;
 
   void contextDidSave(const Notification& notification);

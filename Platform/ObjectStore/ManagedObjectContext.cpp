@@ -16,7 +16,6 @@ StoreError objectGone(const ManagedObjectID& id) {
 }
 
 }  // namespace
-
 std::unique_ptr<ContextQueue> ManagedObjectContext::defaultQueue(ConcurrencyType type) {
   if (type == ConcurrencyType::mainQueueConcurrencyType) return std::make_unique<MainContextQueue>(MainLoop::main());
   return std::make_unique<PrivateContextQueue>();
@@ -345,28 +344,25 @@ bool ManagedObjectContext::hasChanges() const {
   return false;
 }
 
-std::vector<std::shared_ptr<ManagedObject>> ManagedObjectContext::insertedObjects() const {
+std::vector<std::shared_ptr<ManagedObject>> ManagedObjectContext::changedObjectsWhere(
+    bool (*condition)(const ManagedObject&)) const {
   std::vector<std::shared_ptr<ManagedObject>> result;
   for (const auto& object : changed_) {
-    if (object->inserted_) result.push_back(object);
+    if (condition(*object)) result.push_back(object);
   }
   return result;
+}
+
+std::vector<std::shared_ptr<ManagedObject>> ManagedObjectContext::insertedObjects() const {
+  return changedObjectsWhere([](const ManagedObject& object) { return object.isInserted(); });
 }
 
 std::vector<std::shared_ptr<ManagedObject>> ManagedObjectContext::updatedObjects() const {
-  std::vector<std::shared_ptr<ManagedObject>> result;
-  for (const auto& object : changed_) {
-    if (object->isUpdated()) result.push_back(object);
-  }
-  return result;
+  return changedObjectsWhere([](const ManagedObject& object) { return object.isUpdated(); });
 }
 
 std::vector<std::shared_ptr<ManagedObject>> ManagedObjectContext::deletedObjects() const {
-  std::vector<std::shared_ptr<ManagedObject>> result;
-  for (const auto& object : changed_) {
-    if (object->deleted_) result.push_back(object);
-  }
-  return result;
+  return changedObjectsWhere([](const ManagedObject& object) { return object.isDeleted(); });
 }
 
 std::vector<std::shared_ptr<ManagedObject>> ManagedObjectContext::registeredObjects() const {
@@ -374,294 +370,6 @@ std::vector<std::shared_ptr<ManagedObject>> ManagedObjectContext::registeredObje
   for (const auto& [id, object] : registry_) result.push_back(object);
   return result;
 }
-
-void ManagedObjectContext::validateForSave() const {
-  for (const auto& object : changed_) {
-    if (object->deleted_) {
-      for (const auto& [name, relationship] : object->entity().relationshipsByName()) {
-        if (relationship->deleteRule() != DeleteRule::denyDeleteRule) continue;
-        bool empty = true;
-        if (relationship->isToMany()) {
-          empty = object->toMany(*relationship).empty();
-        } else if (auto id = object->values_[relationship->slot()].objectID()) {
-          auto destination = objectRegisteredForID(*id);
-          empty = destination && destination->deleted_;
-        }
-        if (!empty) {
-          throw StoreError(StoreErrorCode::validationRelationshipDeniedDelete,
-                           "Deleting " + object->objectID().description() + " is denied by its relationship \"" +
-                               name + "\"",
-                           {{StoreError::kEntityKey, object->entity().name()},
-                            {StoreError::kKeyKey, name},
-                            {StoreError::kValidationObjectKey, ErrorUserInfoObject(object)}});
-        }
-      }
-      continue;
-    }
-    if (!object->inserted_ && !object->isUpdated()) continue;
-    for (const auto& [name, attribute] : object->entity().attributesByName()) {
-      Value value = object->values_[attribute->slot()];
-      object->validateValue(value, name);
-    }
-    for (const auto& [name, relationship] : object->entity().relationshipsByName()) {
-      if (relationship->isToMany()) continue;
-      Value value = object->values_[relationship->slot()];
-      object->validateValue(value, name);
-    }
-  }
-}
-
-void ManagedObjectContext::save() {
-  if (!hasChanges()) return;
-  // Observers of will-save may still change objects; they see the pending
-  // state as it is.
-  NotificationCenter::defaultCenter().post(std::string(NSManagedObjectContextWillSaveNotification), this);
-  validateForSave();
-  ManagedObjectSet inserted;
-  ManagedObjectSet updated;
-  ManagedObjectSet deleted;
-  for (const auto& object : changed_) {
-    if (object->deleted_) {
-      deleted.insert(object);
-    } else if (object->inserted_) {
-      inserted.insert(object);
-    } else if (object->isUpdated()) {
-      updated.insert(object);
-    }
-  }
-  if (parent_) {
-    saveToParent();
-    postDidSave(inserted, updated, deleted);
-    return;
-  }
-  auto coordinator = persistentStoreCoordinator();
-  precondition(coordinator != nullptr, "A context needs a coordinator to save");
-  PersistentStoreCoordinator::SaveRequest request;
-  request.mergePolicy = mergePolicy_;
-  for (const auto& object : deleted) request.deleted.push_back({object->objectID_, object->version_});
-  for (const auto& object : inserted) request.inserted.push_back({object->objectID_, object->values_, {}, {}, 0});
-  for (const auto& object : updated) {
-    PersistentStoreCoordinator::RowChange change{object->objectID_, object->values_, {}, object->committed_,
-                                                 object->version_};
-    for (std::size_t slot = 0; slot < object->values_.size(); ++slot) {
-      if (!(object->values_[slot] == object->committed_[slot])) change.changedSlots.push_back(slot);
-    }
-    request.updated.push_back(std::move(change));
-  }
-  PersistentStoreCoordinator::SaveResult saved;
-  try {
-    saved = coordinator->save(request);
-  } catch (const StoreError& error) {
-    if (error.kind() == StoreErrorCode::managedObjectMerge) throwConflicts(error);
-    throw;
-  }
-  applyPermanentIDs(saved.permanentIDs);
-  for (auto& [id, row] : saved.mergedRows) {
-    if (auto object = objectRegisteredForID(id)) object->assignValues(std::move(row));
-  }
-  for (const auto& [id, version] : saved.versions) {
-    if (auto object = objectRegisteredForID(id)) object->version_ = version;
-  }
-  markChangesSaved();
-  postDidSave(inserted, updated, deleted);
-
-  SavedObjectIDs ids;
-  for (const auto& object : inserted) ids.inserted.insert(object->objectID_);
-  for (const auto& object : updated) ids.updated.insert(object->objectID_);
-  for (const auto& object : deleted) ids.deleted.insert(object->objectID_);
-  for (const auto& context : coordinator->registeredContexts()) {
-    if (context.get() != this && context->automaticallyMergesChangesFromParent()) context->scheduleMerge(ids);
-  }
-}
-
-void ManagedObjectContext::postDidSave(const ManagedObjectSet& inserted, const ManagedObjectSet& updated,
-                                       const ManagedObjectSet& deleted) {
-  Notification::UserInfo userInfo{{std::string(NSInsertedObjectsKey), inserted},
-                                  {std::string(NSUpdatedObjectsKey), updated},
-                                  {std::string(NSDeletedObjectsKey), deleted}};
-  NotificationCenter::defaultCenter().post(std::string(NSManagedObjectContextDidSaveNotification), this,
-                                           std::move(userInfo));
-}
-
-void ManagedObjectContext::throwConflicts(const StoreError& error) {
-  const auto* rows =
-      error.userInfoObject<std::vector<PersistentStoreCoordinator::RowConflict>>(StoreError::kSaveConflictsKey);
-  if (!rows) throw error;
-  std::vector<MergeConflict> conflicts;
-  conflicts.reserve(rows->size());
-  for (const auto& row : *rows) {
-    auto object = objectRegisteredForID(row.objectID);
-    if (!object) continue;
-    MergeConflict conflict;
-    conflict.sourceObject = object;
-    conflict.objectSnapshot = object->snapshotOf(object->values_);
-    conflict.cachedSnapshot = object->snapshotOf(object->committed_);
-    if (row.stored) {
-      conflict.persistedSnapshot = object->snapshotOf(row.stored->values);
-      conflict.newVersionNumber = row.stored->version;
-    }
-    conflict.oldVersionNumber = row.oldVersion;
-    conflicts.push_back(std::move(conflict));
-  }
-  throw StoreError(StoreErrorCode::managedObjectMerge, error.localizedDescription(),
-                   {{StoreError::kSaveConflictsKey, ErrorUserInfoObject(std::move(conflicts))}});
-}
-
-void ManagedObjectContext::scheduleMerge(SavedObjectIDs changes) {
-  {
-    std::lock_guard lock(mergeMutex_);
-    pendingMerges_.push_back(std::move(changes));
-    hasPendingMerges_.store(true);
-  }
-  std::weak_ptr<ManagedObjectContext> weak = weak_from_this();
-  queue_->post([weak] {
-    if (auto context = weak.lock()) context->mergePendingChanges();
-  });
-}
-
-void ManagedObjectContext::mergePendingChanges() {
-  if (!hasPendingMerges_.load()) return;
-  std::vector<SavedObjectIDs> merges;
-  {
-    std::lock_guard lock(mergeMutex_);
-    merges.swap(pendingMerges_);
-    hasPendingMerges_.store(false);
-  }
-  for (const auto& changes : merges) mergeChanges(changes);
-}
-
-void ManagedObjectContext::mergeChanges(const SavedObjectIDs& changes) {
-  auto coordinator = coordinator_;
-  if (!coordinator) return;
-  for (const auto& id : changes.deleted) {
-    if (auto object = objectRegisteredForID(id)) invalidateObject(object);
-  }
-  for (const auto& id : changes.updated) {
-    auto object = objectRegisteredForID(id);
-    if (!object) continue;
-    if (object->state_ == ManagedObject::FaultingState::fault) {
-      // A fault may hold values read ahead by a fetch; they are stale now.
-      object->values_.clear();
-      object->committed_.clear();
-      continue;
-    }
-    if (object->state_ != ManagedObject::FaultingState::loaded) continue;
-    std::optional<PersistentStoreCoordinator::StoredRow> row;
-    try {
-      row = coordinator->loadRow(object->objectID_);
-    } catch (const StoreError&) {
-      // The object keeps what it has; its next save checks the version.
-      continue;
-    }
-    // Deleted by a later save, whose own merge follows.
-    if (!row) continue;
-    refreshFromStore(*object, std::move(*row));
-  }
-  Notification::UserInfo userInfo{{std::string(NSInsertedObjectIDsKey), changes.inserted},
-                                  {std::string(NSUpdatedObjectIDsKey), changes.updated},
-                                  {std::string(NSDeletedObjectIDsKey), changes.deleted}};
-  NotificationCenter::defaultCenter().post(std::string(NSManagedObjectContextDidMergeChangesObjectIDsNotification),
-                                           this, std::move(userInfo));
-}
-
-void ManagedObjectContext::refreshFromStore(ManagedObject& object, PersistentStoreCoordinator::StoredRow row) {
-  if (row.version != 0 && row.version == object.version_) return;
-  if (object.values_.size() != row.values.size()) return;
-  if (object.deleted_) return;
-  const bool pending = object.isUpdated();
-  if (pending && mergePolicy_ == MergePolicyType::errorMergePolicyType) return;
-  std::vector<Value> values = row.values;
-  if (pending) {
-    for (std::size_t slot = 0; slot < values.size(); ++slot) {
-      bool mine = !(object.values_[slot] == object.committed_[slot]);
-      bool theirs = !(row.values[slot] == object.committed_[slot]);
-      switch (mergePolicy_) {
-        case MergePolicyType::mergeByPropertyObjectTrumpMergePolicyType:
-          if (mine) values[slot] = object.values_[slot];
-          break;
-        case MergePolicyType::mergeByPropertyStoreTrumpMergePolicyType:
-          if (mine && !theirs) values[slot] = object.values_[slot];
-          break;
-        case MergePolicyType::overwriteMergePolicyType:
-          values[slot] = object.values_[slot];
-          break;
-        default:
-          break;
-      }
-    }
-  }
-  object.committed_ = std::move(row.values);
-  object.version_ = row.version;
-  object.assignValues(std::move(values));
-  if (!object.isUpdated()) changed_.erase(object.shared_from_this());
-}
-
-void ManagedObjectContext::invalidateObject(const std::shared_ptr<ManagedObject>& object) {
-  registry_.erase(object->objectID_);
-  changed_.erase(object);
-  object->state_ = ManagedObject::FaultingState::unusable;
-  object->context_ = nullptr;
-}
-
-void ManagedObjectContext::saveToParent() {
-  auto parent = parent_;
-  auto changes = changed_;
-  parent->performAndWait([&parent, &changes] {
-    for (const auto& object : changes) {
-      if (object->deleted_) continue;
-      if (object->inserted_) {
-        auto copy = parent->objectRegisteredForID(object->objectID_);
-        if (!copy) {
-          copy = parent->makeObject(object->entity(), object->objectID_);
-          copy->committed_.assign(object->values_.size(), Value());
-          copy->values_ = object->values_;
-          copy->state_ = ManagedObject::FaultingState::loaded;
-          copy->inserted_ = true;
-          parent->registry_[object->objectID_] = copy;
-          parent->changed_.insert(copy);
-        }
-      }
-    }
-    for (const auto& object : changes) {
-      if (object->deleted_ || object->inserted_) continue;
-      auto copy = parent->objectWithID(object->objectID_);
-      copy->fireFault();
-      std::vector<Value> values = copy->values_;
-      bool changed = false;
-      for (std::size_t slot = 0; slot < object->values_.size(); ++slot) {
-        if (!(object->values_[slot] == object->committed_[slot])) {
-          values[slot] = object->values_[slot];
-          changed = true;
-        }
-      }
-      if (!changed) continue;
-      // Observers of the parent's object hear the child's changes arrive.
-      copy->assignValues(std::move(values));
-      parent->noteChanged(*copy);
-    }
-    for (const auto& object : changes) {
-      if (!object->deleted_) continue;
-      auto copy = parent->objectWithID(object->objectID_);
-      parent->deleteObject(copy);
-    }
-  });
-  markChangesSaved();
-}
-
-void ManagedObjectContext::markChangesSaved() {
-  for (const auto& object : changed_) {
-    if (object->deleted_) {
-      registry_.erase(object->objectID_);
-      object->state_ = ManagedObject::FaultingState::unusable;
-      object->context_ = nullptr;
-      continue;
-    }
-    object->committed_ = object->values_;
-    object->inserted_ = false;
-  }
-  changed_.clear();
-}
-
 void ManagedObjectContext::rollback() {
   for (const auto& object : changed_) {
     if (object->inserted_) {
@@ -685,11 +393,6 @@ void ManagedObjectContext::reset() {
   registry_.clear();
   changed_.clear();
   permanentIDs_.clear();
-}
-
-void ManagedObjectContext::forget(ManagedObject& object) {
-  registry_.erase(object.objectID_);
-  changed_.erase(object.shared_from_this());
 }
 
 void ManagedObjectContext::setAssociatedObject(const void* key, std::shared_ptr<void> value) {

@@ -166,6 +166,7 @@ class ManagedObjectContext : public std::enable_shared_from_this<ManagedObjectCo
   friend class FetchExecutor;
   friend class BatchRequestExecutor;
 
+  // The entity a request names; StoreError 1550 when the model has none.
   const EntityDescription& requestEntity(const FetchRequest& request) const;
   std::vector<std::shared_ptr<ManagedObject>> fetchThroughParent(const FetchRequest& request);
   std::shared_ptr<ManagedObject> makeObject(const EntityDescription& entity, const ManagedObjectID& id);
@@ -178,12 +179,12 @@ class ManagedObjectContext : public std::enable_shared_from_this<ManagedObjectCo
   // After a save reached the parent or the store: deleted objects leave the
   // registry and become unusable, the others take their values as committed.
   void markChangesSaved();
-  void forget(ManagedObject& object);
   // The stored row (the parent's current values for a child).
   std::optional<PersistentStoreCoordinator::StoredRow> loadValues(const ManagedObjectID& id);
   std::vector<ManagedObjectID> storedRelatedObjectIDs(const ManagedObjectID& owner,
                                                       const RelationshipDescription& relationship);
   void applyDeleteRules(ManagedObject& object);
+  std::vector<std::shared_ptr<ManagedObject>> changedObjectsWhere(bool (*condition)(const ManagedObject&)) const;
   // Objects with pending changes, inserted, updated or deleted.
   const std::unordered_set<std::shared_ptr<ManagedObject>>& changedObjects() const { return changed_; }
 

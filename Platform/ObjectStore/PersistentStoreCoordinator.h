@@ -177,9 +177,8 @@ class PersistentStoreCoordinator {
 
  private:
   // The store's own executors of fetches and batch requests reach the file
-  // through its connection.
-  friend class FetchExecutor;
-  friend class BatchRequestExecutor;
+  // through StoreConnection::of.
+  friend class StoreConnection;
 
   explicit PersistentStoreCoordinator(std::shared_ptr<const ManagedObjectModel> model);
   // The open file; fatal before addPersistentStore.

@@ -105,33 +105,24 @@ class Parser {
   }
   bool isSymbol(std::string_view symbol) const { return token_.kind == TokenKind::symbol && token_.text == symbol; }
 
-  NodePointer parseOr() {
-    auto left = parseAnd();
+  // Operands joined by one junction (its keyword or its symbol), left to right.
+  NodePointer parseJunction(Node::Kind kind, std::string_view keyword, std::string_view symbol,
+                            NodePointer (Parser::*operand)()) {
+    auto left = (this->*operand)();
     std::vector<NodePointer> children{left};
-    while (isKeyword("OR") || isSymbol("||")) {
+    while (isKeyword(keyword) || isSymbol(symbol)) {
       advance();
-      children.push_back(parseAnd());
+      children.push_back((this->*operand)());
     }
     if (children.size() == 1) return left;
     auto node = std::make_shared<Node>();
-    node->kind = Node::Kind::disjunction;
+    node->kind = kind;
     node->children = std::move(children);
     return node;
   }
 
-  NodePointer parseAnd() {
-    auto left = parseNot();
-    std::vector<NodePointer> children{left};
-    while (isKeyword("AND") || isSymbol("&&")) {
-      advance();
-      children.push_back(parseNot());
-    }
-    if (children.size() == 1) return left;
-    auto node = std::make_shared<Node>();
-    node->kind = Node::Kind::conjunction;
-    node->children = std::move(children);
-    return node;
-  }
+  NodePointer parseOr() { return parseJunction(Node::Kind::disjunction, "OR", "||", &Parser::parseAnd); }
+  NodePointer parseAnd() { return parseJunction(Node::Kind::conjunction, "AND", "&&", &Parser::parseNot); }
 
   NodePointer parseNot() {
     if (isKeyword("NOT") || isSymbol("!")) {
@@ -258,7 +249,9 @@ Value evaluateExpression(const PredicateExpression& expression, ManagedObject& o
   }
 }
 
-bool compare(PredicateOperator op, const Value& left, const Value& right) {
+}  // namespace
+
+bool evaluateComparison(PredicateOperator op, const Value& left, const Value& right) {
   switch (op) {
     case PredicateOperator::equalTo:
       return left == right;
@@ -289,6 +282,8 @@ bool compare(PredicateOperator op, const Value& left, const Value& right) {
   return false;
 }
 
+namespace {
+
 bool evaluate(const Node& node, ManagedObject& object) {
   switch (node.kind) {
     case Node::Kind::truePredicate:
@@ -308,7 +303,7 @@ bool evaluate(const Node& node, ManagedObject& object) {
       }
       return false;
     case Node::Kind::comparison:
-      return compare(node.op, evaluateExpression(node.left, object), evaluateExpression(node.right, object));
+      return evaluateComparison(node.op, evaluateExpression(node.left, object), evaluateExpression(node.right, object));
   }
   return false;
 }

@@ -62,6 +62,10 @@ struct PredicateNode {
   std::vector<std::shared_ptr<const PredicateNode>> children;
 };
 
+// The meaning of one comparison in memory: what evaluateWithObject gives
+// for left op right.
+bool evaluateComparison(PredicateOperator op, const Value& left, const Value& right);
+
 class Predicate {
  public:
   static Predicate withFormat(std::string_view format, std::vector<Value> arguments = {});

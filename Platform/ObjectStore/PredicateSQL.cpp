@@ -9,14 +9,65 @@ namespace kestrona {
 
 namespace {
 
-[[noreturn]] void unsupported(const std::string& why) {
-  throw StoreError(StoreErrorCode::managedObjectValidation, "The predicate cannot be run by the store: " + why);
-}
-
 std::string joined(const std::vector<std::string>& keyPath) {
   std::string path;
   for (const auto& component : keyPath) path += (path.empty() ? "" : ".") + component;
   return path;
+}
+
+[[noreturn]] void refuse(const EntityDescription& entity, const std::string& keyPath, const std::string& why) {
+  throw StoreError(StoreErrorCode::managedObjectValidation, why,
+                   {{StoreError::kEntityKey, entity.name()}, {StoreError::kKeyKey, keyPath}});
+}
+
+// The kinds of value that compare alike in SQL and in memory.
+enum class Kind { number, date, text, data, object, list, opaque };
+
+const char* describe(Kind kind) {
+  static const char* names[] = {"a number", "a date", "text", "binary data", "an object", "a list",
+                                "a transformed value"};
+  return names[static_cast<int>(kind)];
+}
+
+Kind kindOf(const PredicateSQLCompiler::Column& column) {
+  if (column.relationship) return Kind::object;
+  switch (column.attribute->attributeType()) {
+    case AttributeType::booleanAttributeType:
+    case AttributeType::integer16AttributeType:
+    case AttributeType::integer32AttributeType:
+    case AttributeType::integer64AttributeType:
+    case AttributeType::doubleAttributeType:
+      return Kind::number;
+    case AttributeType::dateAttributeType:
+      return Kind::date;
+    case AttributeType::stringAttributeType:
+      return Kind::text;
+    case AttributeType::binaryDataAttributeType:
+      return Kind::data;
+    default:
+      return Kind::opaque;
+  }
+}
+
+Kind kindOf(const Value& value) {
+  if (value.number()) return Kind::number;
+  if (value.get<Date>()) return Kind::date;
+  if (value.get<std::string>()) return Kind::text;
+  if (value.get<Data>()) return Kind::data;
+  if (value.objectID()) return Kind::object;
+  return Kind::list;
+}
+
+bool isOrdered(PredicateOperator op) {
+  return op == PredicateOperator::lessThan || op == PredicateOperator::lessThanOrEqualTo ||
+         op == PredicateOperator::greaterThan || op == PredicateOperator::greaterThanOrEqualTo;
+}
+
+bool orders(Kind kind) { return kind == Kind::number || kind == Kind::date || kind == Kind::text; }
+
+// Whether two kinds compare alike in SQL and in memory under op.
+bool comparable(Kind property, Kind other, PredicateOperator op) {
+  return property == other && property != Kind::opaque && property != Kind::list && (!isOrdered(op) || orders(property));
 }
 
 // The stored form of a constant: booleans as integers, dates as seconds,
@@ -31,42 +82,43 @@ std::optional<Value> storedConstant(const Value& value) {
   return value;
 }
 
-const char* sqlOperator(PredicateOperator op) {
-  switch (op) {
-    case PredicateOperator::equalTo:
-      return "IS";
-    case PredicateOperator::notEqualTo:
-      return "IS NOT";
-    case PredicateOperator::lessThan:
-      return "<";
-    case PredicateOperator::lessThanOrEqualTo:
-      return "<=";
-    case PredicateOperator::greaterThan:
-      return ">";
-    case PredicateOperator::greaterThanOrEqualTo:
-      return ">=";
-    case PredicateOperator::in:
-      return "IN";
-  }
-  return "IS";
-}
+// Per operator, in declaration order: its SQL, and the operator with the
+// sides swapped.
+struct OperatorForm {
+  const char* sql;
+  PredicateOperator mirrored;
+};
+constexpr OperatorForm kOperatorForms[] = {
+    {"IS", PredicateOperator::equalTo},
+    {"IS NOT", PredicateOperator::notEqualTo},
+    {"<", PredicateOperator::greaterThan},
+    {"<=", PredicateOperator::greaterThanOrEqualTo},
+    {">", PredicateOperator::lessThan},
+    {">=", PredicateOperator::lessThanOrEqualTo},
+    {"IN", PredicateOperator::in},
+};
 
-PredicateOperator mirrored(PredicateOperator op) {
-  switch (op) {
-    case PredicateOperator::lessThan:
-      return PredicateOperator::greaterThan;
-    case PredicateOperator::lessThanOrEqualTo:
-      return PredicateOperator::greaterThanOrEqualTo;
-    case PredicateOperator::greaterThan:
-      return PredicateOperator::lessThan;
-    case PredicateOperator::greaterThanOrEqualTo:
-      return PredicateOperator::lessThanOrEqualTo;
-    default:
-      return op;
-  }
-}
+const char* sqlOperator(PredicateOperator op) { return kOperatorForms[static_cast<int>(op)].sql; }
+PredicateOperator mirrored(PredicateOperator op) { return kOperatorForms[static_cast<int>(op)].mirrored; }
 
 }  // namespace
+
+void requireComparable(const EntityDescription& entity, const std::string& keyPath,
+                       const PredicateSQLCompiler::Column& column, const Value& constant, PredicateOperator op) {
+  if (constant.isNil()) return;
+  if (auto members = constant.get<Value::Array>(); members && op == PredicateOperator::in) {
+    for (const auto& member : *members) requireComparable(entity, keyPath, column, member, PredicateOperator::equalTo);
+    return;
+  }
+  auto property = kindOf(column);
+  auto kind = kindOf(constant);
+  if (comparable(property, kind, op)) return;
+  refuse(entity, keyPath,
+         property == kind ? entity.name() + "." + keyPath + ", " + describe(property) + ", cannot be compared by " +
+                                sqlOperator(op)
+                          : "A predicate compares " + entity.name() + "." + keyPath + ", " + describe(property) +
+                                ", with " + constant.description() + ", " + describe(kind));
+}
 
 PredicateSQLCompiler::PredicateSQLCompiler(const StoreSchema& schema, const EntityDescription& entity)
     : schema_(schema), entity_(entity) {}
@@ -87,51 +139,50 @@ PredicateSQLCompiler::Column PredicateSQLCompiler::column(const std::vector<std:
   const EntityDescription* entity = &entity_;
   std::string alias = "t0";
   std::string path;
+  const std::string whole = joined(keyPath);
   for (std::size_t i = 0; i < keyPath.size(); ++i) {
     const auto& key = keyPath[i];
     bool last = i + 1 == keyPath.size();
     const auto& layout = schema_.layout(*entity);
     const auto& columns = layout.table->columns;
+    auto columnName = [&](int index) { return quoteIdentifier(columns[static_cast<std::size_t>(index)].name); };
     if (auto attribute = entity->attribute(key)) {
-      if (!last) unsupported("\"" + joined(keyPath) + "\" goes on past an attribute");
-      return Column{alias + "." + quoteIdentifier(columns[static_cast<std::size_t>(layout.slotColumn[attribute->slot()])].name),
-                    "", attribute, nullptr};
+      if (!last) refuse(entity_, whole, "The key path \"" + whole + "\" goes on past the attribute \"" + key + "\"");
+      return Column{alias + "." + columnName(layout.slotColumn[attribute->slot()]), "", attribute, nullptr};
     }
     auto relationship = entity->relationship(key);
-    if (!relationship) unsupported("\"" + entity->name() + "\" has no property \"" + key + "\"");
-    if (relationship->isToMany()) unsupported("\"" + joined(keyPath) + "\" goes through a to-many relationship");
-    std::string keyColumn = alias + "." + quoteIdentifier(columns[static_cast<std::size_t>(layout.slotColumn[relationship->slot()])].name);
+    if (!relationship) refuse(entity_, whole, "\"" + entity->name() + "\" has no property \"" + key + "\"");
+    if (relationship->isToMany()) {
+      refuse(entity_, whole, "The key path \"" + whole + "\" goes through the to-many relationship \"" + key + "\"");
+    }
+    std::string keyColumn = alias + "." + columnName(layout.slotColumn[relationship->slot()]);
+    const auto& destination = relationship->destinationEntity();
     if (last) {
       // A destination without sub-entities has one entity code: no column
       // needs reading (or grouping) for it.
-      const auto& destination = relationship->destinationEntity();
-      std::string entitySQL =
-          destination.subentities().empty()
-              ? std::to_string(schema_.entityCode(destination))
-              : alias + "." +
-                    quoteIdentifier(columns[static_cast<std::size_t>(layout.slotEntityColumn[relationship->slot()])].name);
+      std::string entitySQL = destination.subentities().empty()
+                                  ? std::to_string(schema_.entityCode(destination))
+                                  : alias + "." + columnName(layout.slotEntityColumn[relationship->slot()]);
       return Column{keyColumn, entitySQL, nullptr, relationship};
     }
     path += (path.empty() ? "" : ".") + key;
     auto found = joinAliases_.find(path);
     if (found == joinAliases_.end()) {
-      std::string joinAlias = "j";
-      joinAlias += std::to_string(joins_.size() + 1);
-      const auto& destination = schema_.table(relationship->destinationEntity());
-      joins_.push_back(" LEFT JOIN " + quoteIdentifier(destination.name) + " AS " + joinAlias + " ON " + joinAlias +
-                       ".pk = " + keyColumn);
+      std::string joinAlias = "j" + std::to_string(joins_.size() + 1);
+      joinClauses_.push_back(" LEFT JOIN " + quoteIdentifier(schema_.table(destination).name) + " AS " + joinAlias +
+                             " ON " + joinAlias + ".pk = " + keyColumn);
+      joins_.push_back(Join{joinAlias, &destination});
       found = joinAliases_.emplace(path, joinAlias).first;
-      if (i == 0) joinedFirst_.push_back(relationship);
     }
     alias = found->second;
-    entity = &relationship->destinationEntity();
+    entity = &destination;
   }
-  unsupported("an empty key path");
+  refuse(entity_, whole, "An empty key path");
 }
 
 std::string PredicateSQLCompiler::fromClause() const {
   std::string from = quoteIdentifier(schema_.table(entity_).name) + " AS t0";
-  for (const auto& join : joins_) from += join;
+  for (const auto& join : joinClauses_) from += join;
   return from;
 }
 
@@ -140,7 +191,14 @@ std::string PredicateSQLCompiler::bind(const Value& value) {
   return "?";
 }
 
-std::string PredicateSQLCompiler::condition(const PredicateNode& node) { return condition(node, false); }
+std::string PredicateSQLCompiler::condition(const PredicateNode& node) {
+  try {
+    return condition(node, false);
+  } catch (const StoreError& error) {
+    throw StoreError(error.kind(), "The predicate cannot be run by the store: " + error.localizedDescription(),
+                     error.userInfo());
+  }
+}
 
 std::string PredicateSQLCompiler::condition(const PredicateNode& node, bool negated) {
   switch (node.kind) {
@@ -175,45 +233,28 @@ std::string PredicateSQLCompiler::comparison(const PredicateNode& node, bool neg
   }
   // Two valued: a NULL comparison reads as false even under a NOT.
   auto twoValued = [negated](const std::string& sql) { return negated ? "COALESCE(" + sql + ", 0)" : sql; };
-
   if (!key->isKeyPath()) {
-    // Constants on both sides (or a constant IN a key path, which needs a
-    // to-many and is not supported): decide now.
-    if (other->isKeyPath()) unsupported("IN over a key path");
-    Value left = key->constant;
-    Value right = other->constant;
-    bool result = false;
-    switch (op) {
-      case PredicateOperator::equalTo:
-        result = left == right;
-        break;
-      case PredicateOperator::notEqualTo:
-        result = !(left == right);
-        break;
-      default: {
-        auto order = left <=> right;
-        result = (op == PredicateOperator::lessThan && order == std::partial_ordering::less) ||
-                 (op == PredicateOperator::lessThanOrEqualTo &&
-                  (order == std::partial_ordering::less || order == std::partial_ordering::equivalent)) ||
-                 (op == PredicateOperator::greaterThan && order == std::partial_ordering::greater) ||
-                 (op == PredicateOperator::greaterThanOrEqualTo &&
-                  (order == std::partial_ordering::greater || order == std::partial_ordering::equivalent));
-      }
-    }
-    return result ? "1" : "0";
+    // A constant IN a key path would need a to-many, which is not supported.
+    if (other->isKeyPath()) refuse(entity_, joined(other->keyPath), "IN over a key path is not supported");
+    // Constants on both sides: decided now, by the in-memory rules.
+    return evaluateComparison(op, key->constant, other->constant) ? "1" : "0";
   }
 
-  std::string left = column(key->keyPath).sql;
+  const std::string keyPath = joined(key->keyPath);
+  const Column left = column(key->keyPath);
   if (other->isKeyPath()) {
-    if (op == PredicateOperator::in) unsupported("IN over a key path");
-    std::string right = column(other->keyPath).sql;
-    if (op == PredicateOperator::equalTo || op == PredicateOperator::notEqualTo) {
-      return "(" + left + " " + sqlOperator(op) + " " + right + ")";
+    if (op == PredicateOperator::in) refuse(entity_, keyPath, "IN over a key path is not supported");
+    const Column right = column(other->keyPath);
+    if (!comparable(kindOf(left), kindOf(right), op)) {
+      refuse(entity_, keyPath, "A predicate compares " + keyPath + ", " + describe(kindOf(left)) + ", with " +
+                                   joined(other->keyPath) + ", " + describe(kindOf(right)));
     }
-    return twoValued("(" + left + " " + sqlOperator(op) + " " + right + ")");
+    std::string sql = "(" + left.sql + " " + sqlOperator(op) + " " + right.sql + ")";
+    return isOrdered(op) ? twoValued(sql) : sql;
   }
 
   const Value& constant = other->constant;
+  requireComparable(entity_, keyPath, left, constant, op);
   if (op == PredicateOperator::in) {
     const Value::Array* members = constant.get<Value::Array>();
     Value::Array single;
@@ -225,32 +266,21 @@ std::string PredicateSQLCompiler::comparison(const PredicateNode& node, bool neg
     std::string list;
     for (const auto& member : *members) {
       if (member.isNil()) continue;
-      auto stored = storedConstant(member);
-      if (!stored) continue;
-      list += (list.empty() ? "" : ", ") + bind(*stored);
+      if (auto stored = storedConstant(member)) list += (list.empty() ? "" : ", ") + bind(*stored);
     }
     if (list.empty()) return "0";
-    return twoValued("(" + left + " IN (" + list + "))");
+    return twoValued("(" + left.sql + " IN (" + list + "))");
   }
   if (constant.isNil()) {
-    switch (op) {
-      case PredicateOperator::equalTo:
-        return "(" + left + " IS NULL)";
-      case PredicateOperator::notEqualTo:
-        return "(" + left + " IS NOT NULL)";
-      default:
-        return "0";
-    }
+    if (op == PredicateOperator::equalTo) return "(" + left.sql + " IS NULL)";
+    if (op == PredicateOperator::notEqualTo) return "(" + left.sql + " IS NOT NULL)";
+    return "0";
   }
   auto stored = storedConstant(constant);
-  if (!stored) {
-    // A temporary ID: no stored row points at it.
-    return op == PredicateOperator::notEqualTo ? "1" : "0";
-  }
-  if (op == PredicateOperator::equalTo || op == PredicateOperator::notEqualTo) {
-    return "(" + left + " " + sqlOperator(op) + " " + bind(*stored) + ")";
-  }
-  return twoValued("(" + left + " " + sqlOperator(op) + " " + bind(*stored) + ")");
+  // A temporary ID: no stored row points at it.
+  if (!stored) return op == PredicateOperator::notEqualTo ? "1" : "0";
+  std::string sql = "(" + left.sql + " " + sqlOperator(op) + " " + bind(*stored) + ")";
+  return isOrdered(op) ? twoValued(sql) : sql;
 }
 
 }  // namespace kestrona

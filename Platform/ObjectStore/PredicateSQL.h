@@ -1,5 +1,5 @@
 // Compiles predicates and key paths to SQL over the store's schema; used by
-// the fetch executor only.
+// the fetch executor and the batch requests only.
 //
 // The table of the fetched entity is "t0"; each to-one relationship on a key
 // path adds one LEFT JOIN of its destination's table ("j1", "j2", ...), made
@@ -8,8 +8,19 @@
 // comparison or IN under a NOT is wrapped so that a NULL reads as false
 // before it is negated. Object and object-ID constants become primary keys;
 // a temporary ID matches no stored row. Constants are bound as parameters,
-// in order, into bindings(). Unknown keys and key paths through to-many
-// relationships throw StoreError managedObjectValidation.
+// in order, into bindings().
+//
+// SQL and the in-memory evaluation (Predicate::evaluateWithObject) must
+// never disagree, so a comparison they would judge differently is refused:
+// a constant or a second key path of another kind than the property (a
+// number against a date, text against a number, anything but an object or
+// object ID against a relationship), an ordered comparison of a
+// relationship or of binary data, and any comparison of a transformable
+// attribute but with nil. Numbers of every width and booleans compare with
+// one another, as they do in memory. Refusals, unknown keys and key paths
+// through to-many relationships throw StoreError managedObjectValidation
+// (1550) with the entity under "NSValidationErrorEntity" and the key path
+// under "NSValidationErrorKey".
 #pragma once
 
 #include <map>
@@ -35,6 +46,11 @@ class PredicateSQLCompiler {
     const AttributeDescription* attribute = nullptr;
     const RelationshipDescription* relationship = nullptr;
   };
+  // One LEFT JOIN: its alias and the entity whose table it joins.
+  struct Join {
+    std::string alias;
+    const EntityDescription* destination = nullptr;
+  };
 
   PredicateSQLCompiler(const StoreSchema& schema, const EntityDescription& entity);
 
@@ -43,8 +59,7 @@ class PredicateSQLCompiler {
   std::string condition(const PredicateNode& node);
   // "<table> AS t0 LEFT JOIN ..." for the joins made so far.
   std::string fromClause() const;
-  // Relationships (first component of a key path) that were joined.
-  const std::vector<const RelationshipDescription*>& joinedRelationships() const { return joinedFirst_; }
+  const std::vector<Join>& joins() const noexcept { return joins_; }
   std::vector<Value>& bindings() { return bindings_; }
 
  private:
@@ -55,9 +70,14 @@ class PredicateSQLCompiler {
   const StoreSchema& schema_;
   const EntityDescription& entity_;
   std::map<std::string, std::string> joinAliases_;
-  std::vector<std::string> joins_;
-  std::vector<const RelationshipDescription*> joinedFirst_;
+  std::vector<std::string> joinClauses_;
+  std::vector<Join> joins_;
   std::vector<Value> bindings_;
 };
+
+// Refuses, as above, a comparison by op of the property at keyPath (of
+// entity, compiled to column) with constant; nil always passes.
+void requireComparable(const EntityDescription& entity, const std::string& keyPath,
+                       const PredicateSQLCompiler::Column& column, const Value& constant, PredicateOperator op);
 
 }  // namespace kestrona

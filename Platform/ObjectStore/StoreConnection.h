@@ -46,6 +46,9 @@ class StoreConnection {
   StoreConnection(const StoreConnection&) = delete;
   StoreConnection& operator=(const StoreConnection&) = delete;
 
+  // The connection of a coordinator's store; fatal before it has one.
+  static StoreConnection& of(const PersistentStoreCoordinator& coordinator) { return coordinator.connection(); }
+
   const UUID& storeIdentifier() const noexcept { return identifier_; }
   const StoreSchema& schema() const noexcept { return *schema_; }
 

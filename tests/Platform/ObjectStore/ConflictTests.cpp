@@ -136,6 +136,21 @@ TEST(OptimisticLocking, DeletingARowChangedMeanwhileFailsUnderTheDefaultPolicy) 
   EXPECT_EQ(store.newContext()->count(FetchRequest("Task")), 0u);
 }
 
+TEST(OptimisticLocking, ABatchUpdateCountsAsAChangeOfEachRow) {
+  TestStore store;
+  auto task = makeTask(*store.context, "Original");
+  store.context->save();
+  auto mine = store.newContext();
+  auto ours = mine->existingObjectWithID(task->objectID());
+  BatchUpdateRequest rename("Task");
+  rename.propertiesToUpdate = {{"name", Value("Batch")}};
+  auto result = store.context->execute(rename);
+  ours->setValue("Mine", "name");
+  auto conflicts = conflictsOf(*mine);
+  ASSERT_EQ(conflicts.size(), 1u);
+  EXPECT_EQ(conflicts[0].persistedSnapshot.at("name"), Value("Batch"));
+}
+
 TEST(OptimisticLocking, ValidationErrorsCarryTheLiveObject) {
   TestStore store;
   auto task = makeTask(*store.context, "Task");

@@ -248,6 +248,78 @@ TEST_F(Fetching, BatchRequestsChangeStoredRowsThroughExecute) {
   EXPECT_THROW(context.execute(wrong), StoreError);
 }
 
+TEST_F(Fetching, MinAndMaxOfADateSeeUnsavedObjects) {
+  auto& context = *store.context;
+  makeSession(context, a, 1000, std::nullopt, 0);
+  makeSession(context, b, 10, 20, 10);
+  FetchRequest request("Session");
+  request.resultType = FetchRequestResultType::dictionaryResultType;
+  auto date = [](const char* name, const char* function) {
+    return ExpressionDescription{name, Expression::expressionForFunction(function, {Expression::expressionForKeyPath("begin")}),
+                                 AttributeType::dateAttributeType};
+  };
+  request.propertiesToFetch = {date("first", "min:"), date("last", "max:")};
+  auto rows = context.fetchDictionaries(request);
+  ASSERT_EQ(rows.size(), 1u);
+  EXPECT_EQ(rows[0].at("first"), Value(Date(10)));
+  EXPECT_EQ(rows[0].at("last"), Value(Date(1000)));
+}
+
+TEST_F(Fetching, EveryKeyPathSeesUnsavedChangesOfItsDestination) {
+  auto& context = *store.context;
+  auto home = context.insertNewObject("Folder");
+  auto away = context.insertNewObject("Folder");
+  a->setValue(Value(home), "parent");
+  b->setValue(Value(home), "parent");
+  context.save();
+
+  a->setValue("Z", "name");
+  FetchRequest sorted("Session");
+  sorted.sortDescriptors = {{"task.name", true}, {"begin", true}};
+  EXPECT_EQ(begins(context.fetch(sorted)), (std::vector<double>{300, 100, 200}));
+
+  b->setValue(Value(away), "parent");
+  FetchRequest grouped("Session");
+  grouped.resultType = FetchRequestResultType::dictionaryResultType;
+  grouped.propertiesToFetch = {std::string("task.parent"), sumOf("total", "confirmedDuration")};
+  grouped.propertiesToGroupBy = {"task.parent"};
+  std::map<ManagedObjectID, double> totals;
+  for (const auto& row : context.fetchDictionaries(grouped)) {
+    totals[*row.at("task.parent").objectID()] = *row.at("total").get<double>();
+  }
+  EXPECT_EQ(totals, (std::map<ManagedObjectID, double>{{home->objectID(), 160}, {away->objectID(), 40}}));
+}
+
+TEST_F(Fetching, AnUnknownKeyIsNamedWithItsRole) {
+  auto refusedKey = [&](FetchRequest request) -> std::string {
+    try {
+      auto rows = store.context->fetchDictionaries(request);
+    } catch (const StoreError& error) {
+      EXPECT_EQ(error.kind(), StoreErrorCode::managedObjectValidation);
+      auto key = error.userInfoValue<std::string>(StoreError::kKeyKey);
+      return key ? *key : "(no key)";
+    }
+    return "(accepted)";
+  };
+  FetchRequest request("Session");
+  request.resultType = FetchRequestResultType::dictionaryResultType;
+  request.sortDescriptors = {{"noSuchKey", true}};
+  EXPECT_EQ(refusedKey(request), "noSuchKey");
+  request.sortDescriptors = {};
+  request.propertiesToFetch = {std::string("task.nothing")};
+  EXPECT_EQ(refusedKey(request), "task.nothing");
+}
+
+TEST_F(Fetching, ASumAndACountOverNoRowsAreZero) {
+  FetchRequest request("Session");
+  request.resultType = FetchRequestResultType::dictionaryResultType;
+  request.predicate = Predicate::withFormat("begin > %@", {Date(1e9)});
+  request.propertiesToFetch = {sumOf("total", "confirmedDuration"), countOf("count", "begin")};
+  auto rows = store.context->fetchDictionaries(request);
+  ASSERT_EQ(rows.size(), 1u);
+  EXPECT_EQ(rows[0], (std::map<std::string, Value>{{"total", Value(0.0)}, {"count", Value(0)}}));
+}
+
 class GuardedContext : public ManagedObjectContext {
  public:
   GuardedContext()

@@ -84,7 +84,6 @@ TEST_F(PredicateAgreement, SQLAndMemoryAgreeOnEveryClauseForm) {
       {"!(billingStatusValue IN %@)", {Value::Array{Value(1), Value(2)}}, {"s2", "s4", "s5"}},
       {"task IN %@", {Value::Array{Value(a->objectID()), Value(c->objectID())}}, {"s1", "s2", "s5"}},
       {"task in %@", {Value::Array{Value(a), Value(b)}}, {"s1", "s2", "s3"}},
-      {"task IN %@", {Value::Array{Value(a->objectID()), Value(42)}}, {"s1", "s2"}},
       {"task IN %@", {Value::Array{}}, {}},
       {"task == %@", {Value(a)}, {"s1", "s2"}},
       {"task != %@", {Value(a->objectID())}, {"s3", "s4", "s5"}},
@@ -108,6 +107,33 @@ TEST_F(PredicateAgreement, SQLAndMemoryAgreeOnEveryClauseForm) {
     auto predicate = Predicate::withFormat(testCase.format, testCase.arguments);
     EXPECT_EQ(inStore(predicate), testCase.expected) << testCase.format;
     EXPECT_EQ(inMemory(predicate), testCase.expected) << testCase.format;
+  }
+}
+
+TEST_F(PredicateAgreement, AConstantOfTheWrongTypeIsRefusedNamingTheKey) {
+  struct Case {
+    const char* format;
+    std::vector<Value> arguments;
+    const char* key;
+  };
+  for (const auto& testCase : std::vector<Case>{{"begin >= %@", {Value(5)}, "begin"},
+                                                {"begin < \"x\"", {}, "begin"},
+                                                {"confirmedDuration > \"100\"", {}, "confirmedDuration"},
+                                                {"identifier == 3", {}, "identifier"},
+                                                {"billingStatusValue IN %@", {Value::Array{Value(1), Value("2")}}, "billingStatusValue"},
+                                                {"task == 42", {}, "task"},
+                                                {"task < %@", {Value(a)}, "task"},
+                                                {"begin < identifier", {}, "begin"},
+                                                {"task.name == %@", {Date(1)}, "task.name"}}) {
+    auto predicate = Predicate::withFormat(testCase.format, testCase.arguments);
+    try {
+      auto names = inStore(predicate);
+      ADD_FAILURE() << testCase.format << " ran";
+    } catch (const StoreError& error) {
+      EXPECT_EQ(error.kind(), StoreErrorCode::managedObjectValidation) << testCase.format;
+      auto key = error.userInfoValue<std::string>(StoreError::kKeyKey);
+      EXPECT_EQ(key ? *key : "", testCase.key) << testCase.format;
+    }
   }
 }
 
