@@ -28,10 +28,12 @@ bool isSubDelimiter(unsigned char c) {
 bool isAllowed(unsigned char c, CharacterSet set) {
   switch (set) {
     case CharacterSet::queryValue:
-      // Sub-delimiters minus "&", "=" and "+": those would change how the
-      // query splits into items or how a reader decodes it.
-      if (c == '&' || c == '=' || c == '+') return false;
+      // All that a query allows but "&", which would end the item.
+      if (c == '&') return false;
       return isUnreserved(c) || isSubDelimiter(c) || c == ':' || c == '/' || c == '?' || c == '@';
+    case CharacterSet::queryName:
+      // A name also ends at "=".
+      return c != '=' && isAllowed(c, CharacterSet::queryValue);
     case CharacterSet::pathSegment:
       return isUnreserved(c) || isSubDelimiter(c) || c == ':' || c == '@';
     case CharacterSet::path:

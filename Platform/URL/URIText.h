@@ -28,7 +28,8 @@ struct RawParts {
 std::optional<RawParts> splitURIReference(std::string_view text);
 
 enum class CharacterSet {
-  queryValue,  // A-Z a-z 0-9 - . _ ~ : / ? @ ! $ ' ( ) * , ;
+  queryValue,  // A-Z a-z 0-9 - . _ ~ : / ? @ ! $ ' ( ) * + , ; =
+  queryName,   // queryValue without "="
   pathSegment, // unreserved, sub-delims, ":" and "@"
   path,        // pathSegment and "/"
   host,        // unreserved and sub-delims

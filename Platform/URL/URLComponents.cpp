@@ -73,7 +73,7 @@ void URLComponents::setQueryItems(const std::optional<std::vector<URLQueryItem>>
   for (const URLQueryItem& item : *items) {
     if (!first) query.push_back('&');
     first = false;
-    query += percentEncodeQueryValue(item.name);
+    query += uri::percentEncode(item.name, uri::CharacterSet::queryName);
     if (item.value) query += "=" + percentEncodeQueryValue(*item.value);
   }
   query_ = std::move(query);

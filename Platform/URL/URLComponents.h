@@ -6,12 +6,13 @@
 // nothing. queryItems() reads that query as items; setQueryItems() writes it.
 //
 // Encoding when composing (url(), string()):
-//   - A query item's name and value keep the characters
-//     A-Z a-z 0-9 - . _ ~ : / ? @ ! $ ' ( ) * , ;
-//     literally and percent-encode every other byte (UTF-8), so "&", "=",
-//     "+", "#", "%" and the blank are escaped and ":" and "/" stay readable:
-//     the item ("taskId", "x-kestrona://3F1C/Task/p12") becomes
-//     "taskId=x-kestrona://3F1C/Task/p12".
+//   - A query item's value keeps every character that a query allows
+//     literally, A-Z a-z 0-9 - . _ ~ : / ? @ ! $ ' ( ) * + , ; =, but "&",
+//     which would end the item; every other byte (UTF-8) is percent-encoded,
+//     so "&", "#", "%" and the blank are escaped and ":" and "/" stay
+//     readable: the item ("taskId", "x-kestrona://3F1C/Task/p12") becomes
+//     "taskId=x-kestrona://3F1C/Task/p12", ("taskId", "k=v") "taskId=k=v".
+//     A name is encoded alike and escapes "=" too.
 //   - Items are joined by "&"; an item without a value is written as its name
 //     alone, with no "=".
 //   - host and path are percent-encoded with the characters allowed in them;

@@ -20,7 +20,7 @@ void from_json(const nlohmann::json& json, ChartBarSegmentVO& segment) {
 
 void to_json(nlohmann::json& json, const ChartBarVO& bar) {
   json = nlohmann::json::object();
-  recordcoding::encodeRequired(json, "date", bar.date);
+  recordcoding::encodeRequiredTime(json, "date", bar.date);
   recordcoding::encodeRequired(json, "timeEntryCount", bar.timeEntryCount);
   recordcoding::encodeRequired(json, "segments", bar.segments);
   recordcoding::encodeRequired(json, "totalValue", bar.totalValue);
@@ -28,7 +28,7 @@ void to_json(nlohmann::json& json, const ChartBarVO& bar) {
 
 void from_json(const nlohmann::json& json, ChartBarVO& bar) {
   recordcoding::expectObject(json);
-  bar.date = recordcoding::decodeRequired<double>(json, "date");
+  bar.date = recordcoding::decodeRequiredTime(json, "date");
   bar.timeEntryCount = recordcoding::decodeRequired<std::int64_t>(json, "timeEntryCount");
   bar.segments = recordcoding::decodeRequired<std::vector<ChartBarSegmentVO>>(json, "segments");
   bar.totalValue = recordcoding::decodeRequired<double>(json, "totalValue");

@@ -7,14 +7,14 @@ namespace kestrona {
 void to_json(nlohmann::json& json, const CurrentTimeEntryVO& entry) {
   json = nlohmann::json::object();
   recordcoding::encodeRequired(json, "taskId", entry.taskId);
-  recordcoding::encodeOptional(json, "begin", entry.begin);
+  recordcoding::encodeOptionalTime(json, "begin", entry.begin);
   recordcoding::encodeRequired(json, "taskColor", entry.taskColor);
 }
 
 void from_json(const nlohmann::json& json, CurrentTimeEntryVO& entry) {
   recordcoding::expectObject(json);
   entry.taskId = recordcoding::decodeRequired<std::string>(json, "taskId");
-  entry.begin = recordcoding::decodeOptional<double>(json, "begin");
+  entry.begin = recordcoding::decodeOptionalTime(json, "begin");
   entry.taskColor = recordcoding::decodeRequired<ColorTransferable>(json, "taskColor");
 }
 

@@ -17,7 +17,7 @@ void to_json(nlohmann::json& json, const RecentTaskVO& task) {
   recordcoding::encodeRequired(json, "taskBackgroundColorOptimizedForLightContent",
                                task.taskBackgroundColorOptimizedForLightContent);
   recordcoding::encodeRequired(json, "confirmedDuration", task.confirmedDuration);
-  recordcoding::encodeOptional(json, "runningEntryBeginTimestamp", task.runningEntryBeginTimestamp);
+  recordcoding::encodeOptionalTime(json, "runningEntryBeginTimestamp", task.runningEntryBeginTimestamp);
 }
 
 void from_json(const nlohmann::json& json, RecentTaskVO& task) {
@@ -28,7 +28,7 @@ void from_json(const nlohmann::json& json, RecentTaskVO& task) {
   task.taskBackgroundColorOptimizedForLightContent =
       recordcoding::decodeRequired<ColorTransferable>(json, "taskBackgroundColorOptimizedForLightContent");
   task.confirmedDuration = recordcoding::decodeRequired<double>(json, "confirmedDuration");
-  task.runningEntryBeginTimestamp = recordcoding::decodeOptional<double>(json, "runningEntryBeginTimestamp");
+  task.runningEntryBeginTimestamp = recordcoding::decodeOptionalTime(json, "runningEntryBeginTimestamp");
 }
 
 void to_json(nlohmann::json& json, const RecentTasksWidgetDataVO& data) {

@@ -20,6 +20,8 @@ std::string numberText(const nlohmann::json& value) { return value.dump(); }
                       "Unable to encode " + std::to_string(value) + " directly in JSON.");
 }
 
+constexpr std::string_view kTimeRange = "the years 1970 to 9999";
+
 }  // namespace
 
 void throwMismatch(const nlohmann::json& value, std::string_view expected) {
@@ -83,11 +85,14 @@ void decodeValue(const nlohmann::json& value, std::int64_t& out) {
       return;
     }
     case nlohmann::json::value_t::number_float: {
-      // A whole number written with a fraction part ("2.0") is accepted; 2^63
-      // is the first double past the end of the range.
+      // A whole number written with a fraction part ("2.0") is accepted.
+      // Integers beyond the range reach here as the nearest double, and
+      // -2^63 is also where "-9223372036854775809" lands: a double at either
+      // bound can't tell a fitting number from one that does not, so both
+      // are refused. Written as an integer, -9223372036854775808 still fits.
       double wide = value.get<double>();
       constexpr double kLimit = 9223372036854775808.0;
-      if (!std::isfinite(wide) || wide != std::trunc(wide) || wide >= kLimit || wide < -kLimit) {
+      if (!std::isfinite(wide) || wide != std::trunc(wide) || wide >= kLimit || wide <= -kLimit) {
         throwDoesNotFit(value, "Int64");
       }
       out = static_cast<std::int64_t>(wide);
@@ -101,6 +106,23 @@ void decodeValue(const nlohmann::json& value, std::int64_t& out) {
 void decodeValue(const nlohmann::json& value, std::string& out) {
   if (!value.is_string()) throwMismatch(value, "a string");
   out = value.get_ref<const std::string&>();
+}
+
+void decodeValue(const nlohmann::json& value, Time& out) {
+  decodeValue(value, out.seconds);
+  if (!isWidgetTime(out.seconds)) {
+    throw DecodingError(DecodingError::Code::dataCorrupted, {},
+                        "Date <" + numberText(value) + "> lies outside " + std::string(kTimeRange) + ".");
+  }
+}
+
+void encodeValue(nlohmann::json& out, Time value) {
+  if (!isWidgetTime(value.seconds)) {
+    throw EncodingError(EncodingError::Code::invalidValue, {},
+                        "Date " + nlohmann::json(value.seconds).dump() + " lies outside " + std::string(kTimeRange) +
+                            ".");
+  }
+  encodeValue(out, value.seconds);
 }
 
 void encodeValue(nlohmann::json& out, double value) {

@@ -9,8 +9,11 @@
 //   key and JSON null alike as no value.
 // - A required key that is missing fails the whole decode with keyNotFound,
 //   a required value that is null with valueNotFound.
-// - Times are plain numbers, seconds since 1970; numbers must be finite, and
-//   32- and 64-bit integers and 32-bit floats must fit their type.
+// - Times are plain numbers, seconds since 1970, within the years 1970 to
+//   9999 (isWidgetTime); numbers must be finite, and 32- and 64-bit integers
+//   and 32-bit floats must fit their type. A value outside its range is
+//   dataCorrupted when read and invalidValue when written, so that no file
+//   this system writes is refused when read back.
 // - Unknown keys are ignored.
 //
 // decodeWidgetRecord() and encodeWidgetRecord() are the entry points; they
@@ -30,7 +33,21 @@
 #include "WidgetData/Records/CodingError.h"
 
 namespace kestrona {
+
+// The first moment after the years a widget file may name: 10000-01-01
+// 00:00:00 UTC, in seconds since 1970.
+inline constexpr double kEndOfWidgetTime = 253402300800.0;
+
+// Whether seconds since 1970 name a moment from 1970 to the end of 9999.
+constexpr bool isWidgetTime(double seconds) { return seconds >= 0 && seconds < kEndOfWidgetTime; }
+
 namespace recordcoding {
+
+// A point in time of a record: seconds since 1970 that must be a widget
+// time. Records read and write their times through the *Time helpers below.
+struct Time {
+  double seconds = 0;
+};
 
 // Throws typeMismatch (valueNotFound for null) unless value is a JSON object.
 void expectObject(const nlohmann::json& value);
@@ -39,6 +56,7 @@ void decodeValue(const nlohmann::json& value, double& out);
 void decodeValue(const nlohmann::json& value, float& out);
 void decodeValue(const nlohmann::json& value, std::int64_t& out);
 void decodeValue(const nlohmann::json& value, std::string& out);
+void decodeValue(const nlohmann::json& value, Time& out);
 template <typename Element>
 void decodeValue(const nlohmann::json& value, std::vector<Element>& out);
 // A record, through its own from_json.
@@ -49,6 +67,7 @@ void encodeValue(nlohmann::json& out, double value);
 void encodeValue(nlohmann::json& out, float value);
 void encodeValue(nlohmann::json& out, std::int64_t value);
 void encodeValue(nlohmann::json& out, const std::string& value);
+void encodeValue(nlohmann::json& out, Time value);
 template <typename Element>
 void encodeValue(nlohmann::json& out, const std::vector<Element>& values);
 // A record, through its own to_json.
@@ -146,6 +165,24 @@ void encodeRequired(nlohmann::json& object, std::string_view key, const Value& v
 template <typename Value>
 void encodeOptional(nlohmann::json& object, std::string_view key, const std::optional<Value>& value) {
   if (value) encodeRequired(object, key, *value);
+}
+
+inline double decodeRequiredTime(const nlohmann::json& object, std::string_view key) {
+  return decodeRequired<Time>(object, key).seconds;
+}
+
+inline std::optional<double> decodeOptionalTime(const nlohmann::json& object, std::string_view key) {
+  std::optional<Time> time = decodeOptional<Time>(object, key);
+  if (!time) return std::nullopt;
+  return time->seconds;
+}
+
+inline void encodeRequiredTime(nlohmann::json& object, std::string_view key, double seconds) {
+  encodeRequired(object, key, Time{seconds});
+}
+
+inline void encodeOptionalTime(nlohmann::json& object, std::string_view key, const std::optional<double>& seconds) {
+  if (seconds) encodeRequiredTime(object, key, *seconds);
 }
 
 // The JSON text of bytes; throws dataCorrupted when it is not one JSON value

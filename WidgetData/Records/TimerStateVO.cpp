@@ -30,8 +30,8 @@ void to_json(nlohmann::json& json, const TimerStateVO& state) {
                                state.taskBackgroundColorOptimizedForLightContent);
   recordcoding::encodeOptional(json, "startButtonBackgroundOpacity", state.startButtonBackgroundOpacity);
   recordcoding::encodeOptional(json, "folderName", state.folderName);
-  recordcoding::encodeOptional(json, "timeEntryBeginTimestamp", state.timeEntryBeginTimestamp);
-  recordcoding::encodeOptional(json, "timeEntryEndTimestamp", state.timeEntryEndTimestamp);
+  recordcoding::encodeOptionalTime(json, "timeEntryBeginTimestamp", state.timeEntryBeginTimestamp);
+  recordcoding::encodeOptionalTime(json, "timeEntryEndTimestamp", state.timeEntryEndTimestamp);
 }
 
 void from_json(const nlohmann::json& json, TimerStateVO& state) {
@@ -43,8 +43,8 @@ void from_json(const nlohmann::json& json, TimerStateVO& state) {
       recordcoding::decodeOptional<ColorTransferable>(json, "taskBackgroundColorOptimizedForLightContent");
   state.startButtonBackgroundOpacity = recordcoding::decodeOptional<float>(json, "startButtonBackgroundOpacity");
   state.folderName = recordcoding::decodeOptional<std::string>(json, "folderName");
-  state.timeEntryBeginTimestamp = recordcoding::decodeOptional<double>(json, "timeEntryBeginTimestamp");
-  state.timeEntryEndTimestamp = recordcoding::decodeOptional<double>(json, "timeEntryEndTimestamp");
+  state.timeEntryBeginTimestamp = recordcoding::decodeOptionalTime(json, "timeEntryBeginTimestamp");
+  state.timeEntryEndTimestamp = recordcoding::decodeOptionalTime(json, "timeEntryEndTimestamp");
 }
 
 }  // namespace kestrona

@@ -9,7 +9,9 @@
 //   - no store directory (no group container, or a reader made without
 //     one): WidgetError cannotAccessDirectory;
 //   - the file's bytes can't be had, for any reason, a missing file
-//     included: WidgetError cannotReadData, with the cause dropped;
+//     included: WidgetError cannotReadData, with the file system's error
+//     (FileSystemError.h: the path and the operating system's reason)
+//     underneath, for messages; callers decide by the WidgetError alone;
 //   - the bytes are not the record (damaged or empty JSON, a required key
 //     missing, a value of the wrong kind): the DecodingError as it stands,
 //     not wrapped in a WidgetError.
@@ -19,11 +21,16 @@
 // which callers treat like any other failure.
 //
 // WidgetDataReader reads the file named by the raw value of its widget type
-// in its store directory. It holds nothing but its two immutable fields, so
+// in its store directory. It reads only a regular file (a link to one
+// included) of at most kMaximumFileSize bytes, far above any real record;
+// a FIFO, a device, a directory or a larger file is cannotReadData, and the
+// read never blocks waiting for a writer. It holds nothing but its two immutable fields, so
 // it may be used from any thread at once. It is made by one of its two
 // factories and shared; it is never copied.
 #pragma once
 
+#include <cstddef>
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
@@ -73,8 +80,14 @@ class WidgetDataReader final : public WidgetDataReaderProtocol {
   WidgetDataReader(const WidgetDataReader&) = delete;
   WidgetDataReader& operator=(const WidgetDataReader&) = delete;
 
+  // 4 MiB.
+  static constexpr std::size_t kMaximumFileSize = 4 * 1024 * 1024;
+
   const std::optional<URL>& storeDirectoryURL() const noexcept { return storeDirectoryURL_; }
   WidgetType widgetType() const noexcept { return widgetType_; }
+  // The file this reader reads; none without a directory or when the
+  // directory is not a file URL.
+  std::optional<std::filesystem::path> filePath() const;
 
  protected:
   WidgetDataResult<std::string> readData() const override;

@@ -4,67 +4,24 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 #include <filesystem>
 #include <string>
 #include <system_error>
 #include <utility>
 
 #include "Platform/Foundation/FatalError.h"
+#include "WidgetData/Records/FileSystemError.h"
 #include "WidgetData/Records/WidgetStoreDirectory.h"
 
 namespace kestrona {
 namespace {
 
-// The file system's errors are reported in the domain and with the codes
-// that the callers of a file write know.
-constexpr std::string_view kFileErrorDomain = "NSCocoaErrorDomain";
-constexpr std::string_view kPOSIXErrorDomain = "NSPOSIXErrorDomain";
-constexpr std::string_view kFilePathKey = "NSFilePath";
-
-enum FileWriteErrorCode : std::int64_t {
-  kFileNoSuchFileError = 4,
-  kFileWriteUnknownError = 512,
-  kFileWriteNoPermissionError = 513,
-  kFileWriteInvalidFileNameError = 514,
-  kFileWriteFileExistsError = 516,
-  kFileWriteUnsupportedSchemeError = 518,
-  kFileWriteOutOfSpaceError = 640,
-  kFileWriteVolumeReadOnlyError = 642,
-};
-
-std::int64_t fileWriteErrorCode(int posixError) {
-  switch (posixError) {
-    case ENOENT: return kFileNoSuchFileError;
-    case EPERM:
-    case EACCES: return kFileWriteNoPermissionError;
-    case ENAMETOOLONG: return kFileWriteInvalidFileNameError;
-    case EEXIST: return kFileWriteFileExistsError;
-    case ENOSPC:
-    case EDQUOT: return kFileWriteOutOfSpaceError;
-    case EROFS: return kFileWriteVolumeReadOnlyError;
-    default: return kFileWriteUnknownError;
-  }
-}
-
-Error fileWriteError(const std::filesystem::path& path, int posixError) {
-  std::string reason = std::strerror(posixError);
-  auto underlying = std::make_shared<const Error>(std::string(kPOSIXErrorDomain), posixError, reason);
-  return Error(std::string(kFileErrorDomain), fileWriteErrorCode(posixError),
-               "The file \"" + path.string() + "\" could not be written: " + reason + ".",
-               ErrorUserInfo{{std::string(kFilePathKey), path.string()}}, std::move(underlying));
-}
-
-Error unsupportedSchemeError(const URL& url) {
-  return Error(std::string(kFileErrorDomain), kFileWriteUnsupportedSchemeError,
-               "The location \"" + url.absoluteString() + "\" is not a file and could not be written.",
-               ErrorUserInfo{{"NSURL", url.absoluteString()}});
-}
-
 // Replaces the content of the file at path with bytes: created when
-// missing, truncated, then written. Throws the file error.
+// missing, truncated, then written. Throws the file error. Something other
+// than a file at path, such as a FIFO that nobody reads, fails at once
+// instead of blocking.
 void writeFile(const std::filesystem::path& path, std::string_view bytes) {
-  int descriptor = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+  int descriptor = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0666);
   if (descriptor < 0) throw fileWriteError(path, errno);
   std::size_t written = 0;
   while (written < bytes.size()) {

@@ -1,6 +1,7 @@
 #include "WidgetData/Records/WidgetError.h"
 
 #include <string>
+#include <utility>
 
 #include "Platform/Foundation/LocalizedString.h"
 
@@ -19,6 +20,7 @@ std::string descriptionOf(WidgetErrorCode code) {
 
 }  // namespace
 
-WidgetError::WidgetError(Code code) : CodedError(std::string(kDomain), code, descriptionOf(code)) {}
+WidgetError::WidgetError(Code code, std::shared_ptr<const Error> underlying)
+    : CodedError(std::string(kDomain), code, descriptionOf(code), {}, std::move(underlying)) {}
 
 }  // namespace kestrona

@@ -3,12 +3,14 @@
 // cannotAccessDirectory: there is no widget store directory (no application
 // group container, or a reader made without a directory). cannotReadData:
 // the file's bytes could not be had, whatever the reason, a missing file
-// included; the cause is not kept. A file that is there but damaged is not a
-// WidgetError: the reader hands back the DecodingError as it stands.
+// included; the file system's error may be kept underneath for messages.
+// A file that is there but damaged is not a WidgetError: the reader hands
+// back the DecodingError as it stands.
 //
 // The description is a localised text. A value; safe from any thread.
 #pragma once
 
+#include <memory>
 #include <string_view>
 
 #include "Platform/Foundation/Error.h"
@@ -25,7 +27,7 @@ class WidgetError : public CodedError<WidgetErrorCode> {
   using Code = WidgetErrorCode;
   static constexpr std::string_view kDomain = "WidgetError";
 
-  explicit WidgetError(Code code);
+  explicit WidgetError(Code code, std::shared_ptr<const Error> underlying = nullptr);
 };
 
 }  // namespace kestrona

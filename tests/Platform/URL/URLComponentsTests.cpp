@@ -13,7 +13,7 @@ TEST(URLComponentsQuery, EncodesWhatAQueryValueMayNotHoldAndKeepsColonAndSlash) 
   components.setHost("");
   components.setQueryItems(Items{{"taskId", "x-kestrona://3F1C-A2/Task/p12 a&b=c+d#e%f?g@h"}});
   EXPECT_EQ(components.string(),
-            "deeplink-startTimer://?taskId=x-kestrona://3F1C-A2/Task/p12%20a%26b%3Dc%2Bd%23e%25f?g@h");
+            "deeplink-startTimer://?taskId=x-kestrona://3F1C-A2/Task/p12%20a%26b=c+d%23e%25f?g@h");
 }
 
 TEST(URLComponentsQuery, KeepsExactlyTheUnreservedAndListedCharactersLiteral) {
@@ -28,7 +28,7 @@ TEST(URLComponentsQuery, KeepsExactlyTheUnreservedAndListedCharactersLiteral) {
       literal.push_back(encoded[i]);
     }
   }
-  EXPECT_EQ(literal, "!$'()*,-./0123456789:;?@ABCDEFGHIJKLMNOPQRSTUVWXYZ_abcdefghijklmnopqrstuvwxyz~");
+  EXPECT_EQ(literal, "!$'()*+,-./0123456789:;=?@ABCDEFGHIJKLMNOPQRSTUVWXYZ_abcdefghijklmnopqrstuvwxyz~");
   EXPECT_EQ(percentDecode(encoded), everyByte);
 }
 
@@ -61,7 +61,8 @@ TEST(URLComponentsQuery, ItemsRoundTripThroughAURL) {
                     {"noValue", std::nullopt},
                     {"unicode", "\xC3\xA9t\xC3\xA9"},
                     {"percent", "100%"},
-                    {"plus", "1+1"}};
+                    {"plus", "1+1"},
+                    {"name=with equals", "k=v"}};
   URLComponents components;
   components.setScheme("s");
   components.setHost("");

@@ -1,14 +1,19 @@
+#include <sys/stat.h>
+
 #include <gtest/gtest.h>
 
 #include <cerrno>
 #include <filesystem>
+#include <fstream>
 #include <string>
 
+#include "WidgetData/Records/FileSystemError.h"
 #include "WidgetData/Records/WidgetDataReader.h"
 #include "WidgetData/Records/WidgetDataWriter.h"
 #include "WidgetData/Records/WidgetError.h"
 #include "WidgetData/Records/WidgetStoreDirectory.h"
 #include "tests/WidgetData/Records/RecordSamples.h"
+#include "tests/support/RawValueContract.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace kestrona {
@@ -30,30 +35,11 @@ WidgetDataResult<bool> writeNow(const WidgetDataWriterProtocol& writer, std::opt
     outcome = result;
   });
   EXPECT_EQ(calls, 1);
-  if (!outcome) return WidgetDataResult<bool>::failure(Error("Test", 0, "completion not called"));
-  return *outcome;
+  return outcome.value_or(WidgetDataResult<bool>::failure(Error("Test", 0, "completion not called")));
 }
 
-template <typename Record>
-void writeRecord(WidgetType type, const Record& record) {
-  auto writer = WidgetDataWriter::withAppGroupName(kGroup, type);
-  WidgetDataResult<bool> result = writeNow(*writer, encodeWidgetRecord(record));
-  ASSERT_TRUE(result.isSuccess()) << result.error().what();
-  EXPECT_TRUE(result.value());
-}
-
-template <typename Record>
-Record readRecord(WidgetType type) {
-  WidgetDataResult<Record> result = WidgetDataReader::withAppGroupName(kGroup, type)->readCodableData<Record>();
-  if (!result.isSuccess()) {
-    ADD_FAILURE() << "reading " << rawValue(type) << ": " << result.error().what();
-    return Record{};
-  }
-  return result.value();
-}
-
-bool isWidgetError(const Error& error, WidgetError::Code code) {
-  return error.is(WidgetError::kDomain, static_cast<std::int64_t>(code));
+WidgetDataResult<bool> writeTo(const fs::path& directory, WidgetType type, std::optional<std::string_view> data) {
+  return writeNow(*WidgetDataWriter::withStoreDirectoryURL(URL::fileURLWithPath(directory, true), type), data);
 }
 
 // Every test runs in a fresh data home of its own.
@@ -66,156 +52,146 @@ class WidgetDataFiles : public ::testing::Test {
 
   fs::path widgetDataDirectory() const { return temporary_.path() / "data" / kGroup / "widgetData"; }
 
+  template <typename Record>
+  WidgetDataResult<Record> read(WidgetType type) const {
+    return WidgetDataReader::withAppGroupName(kGroup, type)->readCodableData<Record>();
+  }
+
+  template <typename Record>
+  void write(WidgetType type, const Record& record) {
+    WidgetDataResult<bool> result =
+        writeNow(*WidgetDataWriter::withAppGroupName(kGroup, type), encodeWidgetRecord(record));
+    ASSERT_TRUE(result.isSuccess()) << result.error().what();
+    EXPECT_TRUE(result.value());
+  }
+
   testing::TemporaryDirectory temporary_;
   testing::ScopedEnvironment environment_;
 };
 
 TEST_F(WidgetDataFiles, EveryRecordRoundTripsThroughTheFileOfItsWidgetType) {
-  TimerStateVO timer = testing::sampleTimerState();
-  TimeTrackedWidgetDataVO weekTime = testing::sampleTimeTracked();
-  TimeTrackedWidgetDataVO monthTime = TimeTrackedWidgetDataVO::empty();
-  RevenueWidgetDataVO weekRevenue = testing::sampleRevenue();
-  RevenueWidgetDataVO monthRevenue = RevenueWidgetDataVO::empty();
-  RecentTasksWidgetDataVO recent = testing::sampleRecentTasks();
-
-  writeRecord(WidgetType::timer, timer);
-  writeRecord(WidgetType::weeklyTimeTrackedChart, weekTime);
-  writeRecord(WidgetType::monthlyTimeTrackedChart, monthTime);
-  writeRecord(WidgetType::weeklyRevenueChart, weekRevenue);
-  writeRecord(WidgetType::monthlyRevenueChart, monthRevenue);
-  writeRecord(WidgetType::recentTasks, recent);
-
-  EXPECT_EQ(readRecord<TimerStateVO>(WidgetType::timer), timer);
-  EXPECT_EQ(readRecord<TimeTrackedWidgetDataVO>(WidgetType::weeklyTimeTrackedChart), weekTime);
-  EXPECT_EQ(readRecord<TimeTrackedWidgetDataVO>(WidgetType::monthlyTimeTrackedChart), monthTime);
-  EXPECT_EQ(readRecord<RevenueWidgetDataVO>(WidgetType::weeklyRevenueChart), weekRevenue);
-  EXPECT_EQ(readRecord<RevenueWidgetDataVO>(WidgetType::monthlyRevenueChart), monthRevenue);
-  EXPECT_EQ(readRecord<RecentTasksWidgetDataVO>(WidgetType::recentTasks), recent);
-
+  write(WidgetType::timer, testing::sampleTimerState());
+  write(WidgetType::weeklyTimeTrackedChart, testing::sampleTimeTracked());
+  write(WidgetType::monthlyTimeTrackedChart, TimeTrackedWidgetDataVO::empty());
+  write(WidgetType::weeklyRevenueChart, testing::sampleRevenue());
+  write(WidgetType::monthlyRevenueChart, RevenueWidgetDataVO::empty());
+  write(WidgetType::recentTasks, testing::sampleRecentTasks());
+  EXPECT_EQ(read<TimerStateVO>(WidgetType::timer).value(), testing::sampleTimerState());
+  EXPECT_EQ(read<TimeTrackedWidgetDataVO>(WidgetType::weeklyTimeTrackedChart).value(), testing::sampleTimeTracked());
+  EXPECT_EQ(read<TimeTrackedWidgetDataVO>(WidgetType::monthlyTimeTrackedChart).value(),
+            TimeTrackedWidgetDataVO::empty());
+  EXPECT_EQ(read<RevenueWidgetDataVO>(WidgetType::weeklyRevenueChart).value(), testing::sampleRevenue());
+  EXPECT_EQ(read<RevenueWidgetDataVO>(WidgetType::monthlyRevenueChart).value(), RevenueWidgetDataVO::empty());
+  EXPECT_EQ(read<RecentTasksWidgetDataVO>(WidgetType::recentTasks).value(), testing::sampleRecentTasks());
   // One file per type, named by its raw value, with no extension.
-  for (WidgetType type : allCases<WidgetType>) {
-    EXPECT_TRUE(fs::is_regular_file(widgetDataDirectory() / std::string(rawValue(type)))) << rawValue(type);
-  }
   EXPECT_EQ(std::distance(fs::directory_iterator(widgetDataDirectory()), fs::directory_iterator()), 6);
-}
+  EXPECT_TRUE(fs::is_regular_file(widgetDataDirectory() / "weeklyRevenueChart"));
 
-TEST_F(WidgetDataFiles, RecordsWithoutOptionalValuesRoundTrip) {
-  writeRecord(WidgetType::timer, TimerStateVO{});
-  EXPECT_EQ(readFile(widgetDataDirectory() / "timer"), "{}");
-  EXPECT_EQ(readRecord<TimerStateVO>(WidgetType::timer), TimerStateVO{});
-
-  TimeTrackedWidgetDataVO chart = testing::sampleTimeTracked();
-  chart.currentTimeEntry.reset();
-  writeRecord(WidgetType::weeklyTimeTrackedChart, chart);
-  EXPECT_EQ(readRecord<TimeTrackedWidgetDataVO>(WidgetType::weeklyTimeTrackedChart), chart);
-}
-
-TEST_F(WidgetDataFiles, WritingAgainReplacesTheWholeFile) {
-  writeRecord(WidgetType::timer, testing::sampleTimerState());
+  // Writing again replaces the whole file.
   TimerStateVO shorter;
   shorter.taskName = "B";
-  writeRecord(WidgetType::timer, shorter);
-  EXPECT_EQ(readFile(widgetDataDirectory() / "timer"), encodeWidgetRecord(shorter));
-  EXPECT_EQ(readRecord<TimerStateVO>(WidgetType::timer), shorter);
+  write(WidgetType::timer, shorter);
+  EXPECT_EQ(readFile(widgetDataDirectory() / "timer"), R"({"taskName":"B"})");
 }
 
 TEST_F(WidgetDataFiles, NoDataTruncatesTheFileWhichThenFailsToDecode) {
-  writeRecord(WidgetType::timer, testing::sampleTimerState());
+  write(WidgetType::timer, testing::sampleTimerState());
   auto writer = WidgetDataWriter::withAppGroupName(kGroup, WidgetType::timer);
-
-  WidgetDataResult<bool> result = writeNow(*writer, std::nullopt);
-  ASSERT_TRUE(result.isSuccess());
-  EXPECT_FALSE(result.value());
-  EXPECT_TRUE(fs::exists(widgetDataDirectory() / "timer"));
-  EXPECT_EQ(fs::file_size(widgetDataDirectory() / "timer"), 0u);
-
+  for (std::optional<std::string_view> nothing : {std::optional<std::string_view>(), std::optional(std::string_view())}) {
+    WidgetDataResult<bool> result = writeNow(*writer, nothing);
+    ASSERT_TRUE(result.isSuccess());
+    EXPECT_FALSE(result.value());
+    EXPECT_EQ(fs::file_size(widgetDataDirectory() / "timer"), 0u);
+  }
   // The file is there, so this is the decoder's error and not cannotReadData.
-  auto read = WidgetDataReader::withAppGroupName(kGroup, WidgetType::timer)->readCodableData<TimerStateVO>();
-  ASSERT_FALSE(read.isSuccess());
-  ASSERT_NE(read.errorAs<DecodingError>(), nullptr);
-  EXPECT_EQ(read.errorAs<DecodingError>()->kind(), DecodingError::Code::dataCorrupted);
-  EXPECT_EQ(read.errorAs<WidgetError>(), nullptr);
-
-  result = writeNow(*writer, std::string_view());
-  ASSERT_TRUE(result.isSuccess());
-  EXPECT_FALSE(result.value());
+  auto empty = read<TimerStateVO>(WidgetType::timer);
+  ASSERT_NE(empty.errorAs<DecodingError>(), nullptr);
+  EXPECT_EQ(empty.errorAs<DecodingError>()->kind(), DecodingError::Code::dataCorrupted);
 }
 
-TEST_F(WidgetDataFiles, ReaderFailures) {
-  auto reader = WidgetDataReader::withAppGroupName(kGroup, WidgetType::recentTasks);
-
-  // No directory yet, then a directory without the file.
-  auto missing = reader->readCodableData<RecentTasksWidgetDataVO>();
-  ASSERT_FALSE(missing.isSuccess());
-  EXPECT_TRUE(isWidgetError(missing.error(), WidgetError::Code::cannotReadData));
-  ASSERT_NE(missing.errorAs<WidgetError>(), nullptr);
-  EXPECT_EQ(missing.errorAs<WidgetError>()->kind(), WidgetError::Code::cannotReadData);
-  EXPECT_EQ(missing.error().localizedDescription(), "Can not read data from storage");
+// Only a regular file of a sane size is read; anything else at the path is
+// the reader's error, with the file system's reason underneath, and never
+// blocks or fills the memory.
+TEST_F(WidgetDataFiles, OnlyRegularFilesOfASaneSizeAreRead) {
+  const fs::path file = widgetDataDirectory() / "recentTasks";
+  struct Case {
+    std::string name;
+    std::function<void()> arrange;
+    std::int64_t code;
+  };
+  const Case cases[] = {
+      {"no folder", [] {}, kFileReadNoSuchFileError},
+      {"no file", [] {}, kFileReadNoSuchFileError},
+      {"a folder", [&] { fs::create_directories(file); }, kFileReadUnknownError},
+      {"a FIFO", [&] { ASSERT_EQ(::mkfifo(file.c_str(), 0600), 0); }, kFileReadUnknownError},
+      {"a link to /dev/zero", [&] { fs::create_symlink("/dev/zero", file); }, kFileReadUnknownError},
+      {"a file of 4 MiB and a byte",
+       [&] {
+         std::ofstream(file).close();
+         fs::resize_file(file, WidgetDataReader::kMaximumFileSize + 1);
+       },
+       kFileReadTooLargeError},
+  };
+  for (const Case& unreadable : cases) {
+    SCOPED_TRACE(unreadable.name);
+    fs::remove_all(widgetDataDirectory());
+    if (unreadable.name != "no folder") fs::create_directories(widgetDataDirectory());
+    unreadable.arrange();
+    auto result = read<RecentTasksWidgetDataVO>(WidgetType::recentTasks);
+    ASSERT_NE(result.errorAs<WidgetError>(), nullptr);
+    EXPECT_EQ(result.errorAs<WidgetError>()->kind(), WidgetError::Code::cannotReadData);
+    EXPECT_EQ(result.error().localizedDescription(), "Can not read data from storage");
+    const std::shared_ptr<const Error>& reason = result.error().underlyingError();
+    ASSERT_NE(reason, nullptr);
+    EXPECT_TRUE(reason->is(kFileErrorDomain, unreadable.code)) << reason->what();
+    EXPECT_NE(reason->localizedDescription().find(file.string()), std::string::npos) << reason->what();
+  }
+  // A link to a good file is read, and a file at the limit is read whole.
+  fs::remove_all(widgetDataDirectory());
   fs::create_directories(widgetDataDirectory());
-  EXPECT_TRUE(isWidgetError(reader->readCodableData<RecentTasksWidgetDataVO>().error(),
-                            WidgetError::Code::cannotReadData));
-
-  // Something that can't be read as a file stands in its place.
-  fs::create_directories(widgetDataDirectory() / "recentTasks");
-  EXPECT_TRUE(isWidgetError(reader->readCodableData<RecentTasksWidgetDataVO>().error(),
-                            WidgetError::Code::cannotReadData));
-  fs::remove(widgetDataDirectory() / "recentTasks");
-
-  // Damaged JSON, and a file of another record, give the decoder's error.
-  writeFile(widgetDataDirectory() / "recentTasks", R"({"tasks":[{"taskId":)");
-  auto damaged = reader->readCodableData<RecentTasksWidgetDataVO>();
-  ASSERT_NE(damaged.errorAs<DecodingError>(), nullptr);
-  EXPECT_EQ(damaged.errorAs<DecodingError>()->kind(), DecodingError::Code::dataCorrupted);
-  writeFile(widgetDataDirectory() / "recentTasks", encodeWidgetRecord(testing::sampleTimerState()));
-  auto otherRecord = reader->readCodableData<RecentTasksWidgetDataVO>();
-  ASSERT_NE(otherRecord.errorAs<DecodingError>(), nullptr);
-  EXPECT_EQ(otherRecord.errorAs<DecodingError>()->kind(), DecodingError::Code::keyNotFound);
-
-  // The same reader reads the file once it is good.
-  writeFile(widgetDataDirectory() / "recentTasks", encodeWidgetRecord(testing::sampleRecentTasks()));
-  auto good = reader->readCodableData<RecentTasksWidgetDataVO>();
-  ASSERT_TRUE(good.isSuccess());
-  EXPECT_EQ(good.value(), testing::sampleRecentTasks());
+  writeFile(temporary_.path() / "elsewhere", encodeWidgetRecord(testing::sampleRecentTasks()));
+  fs::create_symlink(temporary_.path() / "elsewhere", file);
+  EXPECT_EQ(read<RecentTasksWidgetDataVO>(WidgetType::recentTasks).value(), testing::sampleRecentTasks());
+  std::string padded = encodeWidgetRecord(testing::sampleRecentTasks());
+  padded.resize(WidgetDataReader::kMaximumFileSize, ' ');
+  writeFile(temporary_.path() / "elsewhere", padded);
+  EXPECT_TRUE(read<RecentTasksWidgetDataVO>(WidgetType::recentTasks).isSuccess());
 }
 
-TEST_F(WidgetDataFiles, WithoutADirectoryEveryReadAndWriteFails) {
+TEST_F(WidgetDataFiles, DamagedFilesGiveTheDecodersError) {
+  writeFile(widgetDataDirectory() / "recentTasks", R"({"tasks":[{"taskId":)");
+  auto damaged = read<RecentTasksWidgetDataVO>(WidgetType::recentTasks);
+  ASSERT_NE(damaged.errorAs<DecodingError>(), nullptr);
+  EXPECT_EQ(damaged.errorAs<WidgetError>(), nullptr);
+  writeFile(widgetDataDirectory() / "recentTasks", encodeWidgetRecord(testing::sampleTimerState()));
+  EXPECT_EQ(read<RecentTasksWidgetDataVO>(WidgetType::recentTasks).errorAs<DecodingError>()->kind(),
+            DecodingError::Code::keyNotFound);
+}
+
+TEST_F(WidgetDataFiles, WithoutADirectoryOrContainerEveryReadAndWriteFails) {
   auto reader = WidgetDataReader::withStoreDirectoryURL(std::nullopt, WidgetType::timer);
-  EXPECT_FALSE(reader->storeDirectoryURL());
-  EXPECT_EQ(reader->widgetType(), WidgetType::timer);
-  for (int attempt = 0; attempt < 2; ++attempt) {
-    auto result = reader->readCodableData<TimerStateVO>();
-    ASSERT_FALSE(result.isSuccess());
-    EXPECT_TRUE(isWidgetError(result.error(), WidgetError::Code::cannotAccessDirectory));
+  auto writer = WidgetDataWriter::withStoreDirectoryURL(std::nullopt, WidgetType::timer);
+  environment_.set("XDG_DATA_HOME", std::nullopt);
+  environment_.set("HOME", std::nullopt);
+  auto containerReader = WidgetDataReader::withAppGroupName(kGroup, WidgetType::timer);
+  auto containerWriter = WidgetDataWriter::withAppGroupName(kGroup, WidgetType::timer);
+  for (const auto* each : {reader.get(), containerReader.get()}) {
+    auto result = each->readCodableData<TimerStateVO>();
+    ASSERT_NE(result.errorAs<WidgetError>(), nullptr);
+    EXPECT_EQ(result.errorAs<WidgetError>()->kind(), WidgetError::Code::cannotAccessDirectory);
     EXPECT_EQ(result.error().localizedDescription(), "Can not access directory");
   }
-
-  auto writer = WidgetDataWriter::withStoreDirectoryURL(std::nullopt, WidgetType::timer);
-  for (std::optional<std::string_view> data : {std::optional<std::string_view>("{}"),
-                                               std::optional<std::string_view>()}) {
-    auto result = writeNow(*writer, data);
-    ASSERT_FALSE(result.isSuccess());
+  for (const auto* each : {writer.get(), containerWriter.get()}) {
+    auto result = writeNow(*each, "{}");
     ASSERT_NE(result.errorAs<WidgetDataWriterError>(), nullptr);
     EXPECT_EQ(result.errorAs<WidgetDataWriterError>()->kind(),
               WidgetDataWriterError::Code::cannotGetWidgetStoreDirectoryUrl);
   }
 }
 
-TEST_F(WidgetDataFiles, WithoutAContainerTheGroupHasNoDirectory) {
-  environment_.set("XDG_DATA_HOME", std::nullopt);
-  environment_.set("HOME", std::nullopt);
-  EXPECT_FALSE(widgetStoreDirectoryUrl(kGroup));
-
-  auto read = WidgetDataReader::withAppGroupName(kGroup, WidgetType::timer)->readCodableData<TimerStateVO>();
-  EXPECT_TRUE(isWidgetError(read.error(), WidgetError::Code::cannotAccessDirectory));
-  auto written = writeNow(*WidgetDataWriter::withAppGroupName(kGroup, WidgetType::timer), "{}");
-  EXPECT_TRUE(written.error().is(WidgetDataWriterError::kDomain, 0));
-}
-
 TEST_F(WidgetDataFiles, TheContainerIsTheGroupFolderOfTheDataHome) {
   EXPECT_EQ(widgetStoreDirectoryUrl(kGroup),
             URL::fileURLWithPath(temporary_.path() / "data" / kGroup / "widgetData", true));
-  EXPECT_TRUE(widgetStoreDirectoryUrl(kGroup)->hasDirectoryPath());
-
   // The data home falls back to ~/.local/share when XDG_DATA_HOME is unset,
   // empty or relative.
   URL fallback = URL::fileURLWithPath(temporary_.path() / "home/.local/share" / kGroup / "widgetData", true);
@@ -226,83 +202,55 @@ TEST_F(WidgetDataFiles, TheContainerIsTheGroupFolderOfTheDataHome) {
   }
   environment_.set("HOME", "relative/home");
   EXPECT_FALSE(widgetStoreDirectoryUrl(kGroup));
-
   // A group identifier never leads outside the data home.
   environment_.set("XDG_DATA_HOME", (temporary_.path() / "data").string());
   for (std::string_view identifier : {"", ".", "..", "../escape", "a/b"}) {
     EXPECT_FALSE(applicationGroupContainerURL(identifier)) << identifier;
   }
-  EXPECT_EQ(applicationGroupContainerURL("odd name%"),
-            URL::fileURLWithPath(temporary_.path() / "data/odd name%", true));
 }
 
+// A failed write names the file and the operating system's reason.
 TEST_F(WidgetDataFiles, WriterMakesItsDirectoryOrReportsTheFileSystemError) {
   fs::path nested = temporary_.path() / "a" / "b" / "widgetData";
-  auto writer = WidgetDataWriter::withStoreDirectoryURL(URL::fileURLWithPath(nested, true), WidgetType::recentTasks);
-  auto made = writeNow(*writer, "{\"tasks\":[]}");
-  ASSERT_TRUE(made.isSuccess()) << made.error().what();
-  EXPECT_TRUE(made.value());
+  ASSERT_TRUE(writeTo(nested, WidgetType::recentTasks, "{\"tasks\":[]}").value());
   EXPECT_EQ(readFile(nested / "recentTasks"), "{\"tasks\":[]}");
 
-  // A file where the directory should be: existence is all that is asked,
-  // so nothing is made and the write fails with its own error.
   fs::path blocked = temporary_.path() / "blocked";
   writeFile(blocked, "not a directory");
-  auto onFile = writeNow(*WidgetDataWriter::withStoreDirectoryURL(URL::fileURLWithPath(blocked, true),
-                                                                  WidgetType::timer),
-                         "{}");
-  ASSERT_FALSE(onFile.isSuccess());
-  EXPECT_EQ(onFile.error().domain(), "NSCocoaErrorDomain");
-  ASSERT_NE(onFile.error().underlyingError(), nullptr);
-  EXPECT_TRUE(onFile.error().underlyingError()->is("NSPOSIXErrorDomain", ENOTDIR));
-  ASSERT_NE(onFile.error().userInfoValue<std::string>("NSFilePath"), nullptr);
-  EXPECT_EQ(*onFile.error().userInfoValue<std::string>("NSFilePath"), (blocked / "timer").string());
+  ASSERT_EQ(::mkfifo((nested / "timer").c_str(), 0600), 0);
+  const struct {
+    fs::path directory;
+    std::int64_t code;
+    int posixError;
+  } cases[] = {
+      {blocked, kFileWriteUnknownError, ENOTDIR},
+      {blocked / "widgetData", kFileWriteUnknownError, ENOTDIR},
+      {nested, kFileWriteUnknownError, ENXIO},
+  };
+  for (const auto& failing : cases) {
+    auto result = writeTo(failing.directory, WidgetType::timer, "{}");
+    ASSERT_FALSE(result.isSuccess()) << failing.directory;
+    EXPECT_TRUE(result.error().is(kFileErrorDomain, failing.code)) << result.error().what();
+    EXPECT_TRUE(result.error().underlyingError()->is(kPOSIXErrorDomain, failing.posixError)) << result.error().what();
+    EXPECT_EQ(*result.error().userInfoValue<std::string>(kFilePathKey), (failing.directory / "timer").string());
+    EXPECT_NE(result.error().localizedDescription().find((failing.directory / "timer").string() + "\" could not be "
+                                                         "written: "),
+              std::string::npos);
+  }
   EXPECT_EQ(readFile(blocked), "not a directory");
-
-  // A directory that can't be made, below that file.
-  auto below = writeNow(*WidgetDataWriter::withStoreDirectoryURL(URL::fileURLWithPath(blocked / "widgetData", true),
-                                                                 WidgetType::timer),
-                        "{}");
-  ASSERT_FALSE(below.isSuccess());
-  EXPECT_TRUE(below.error().underlyingError()->is("NSPOSIXErrorDomain", ENOTDIR));
-
-  // A directory where the file should be.
-  fs::create_directories(nested / "timer");
-  auto onDirectory = writeNow(*WidgetDataWriter::withStoreDirectoryURL(URL::fileURLWithPath(nested, true),
-                                                                       WidgetType::timer),
-                              "{}");
-  ASSERT_FALSE(onDirectory.isSuccess());
-  EXPECT_TRUE(onDirectory.error().is("NSCocoaErrorDomain", 512));
-  EXPECT_TRUE(onDirectory.error().underlyingError()->is("NSPOSIXErrorDomain", EISDIR));
 }
 
 TEST_F(WidgetDataFiles, LocationsThatAreNotFilesAreNeitherReadNorWritten) {
   std::optional<URL> remote = URL::fromString("https://example.com/widgetData/");
-  ASSERT_TRUE(remote);
   auto read = WidgetDataReader::withStoreDirectoryURL(remote, WidgetType::timer)->readCodableData<TimerStateVO>();
-  EXPECT_TRUE(isWidgetError(read.error(), WidgetError::Code::cannotReadData));
+  EXPECT_EQ(read.errorAs<WidgetError>()->kind(), WidgetError::Code::cannotReadData);
   auto written = writeNow(*WidgetDataWriter::withStoreDirectoryURL(remote, WidgetType::timer), "{}");
-  ASSERT_FALSE(written.isSuccess());
-  EXPECT_TRUE(written.error().is("NSCocoaErrorDomain", 518));
+  EXPECT_TRUE(written.error().is(kFileErrorDomain, kFileWriteUnsupportedSchemeError));
 }
 
-TEST(WidgetType, RawValuesNameTheFilesAndReadBack) {
-  std::set<std::string_view> names;
-  std::set<std::string> titles;
-  for (WidgetType type : allCases<WidgetType>) {
-    EXPECT_EQ(fromRawValue<WidgetType>(rawValue(type)), type);
-    names.insert(rawValue(type));
-    titles.insert(displayName(type));
-    EXPECT_FALSE(description(type).empty());
-  }
-  EXPECT_EQ(names.size(), 6u);
-  EXPECT_EQ(titles.size(), 6u);
-  EXPECT_EQ(rawValue(WidgetType::weeklyTimeTrackedChart), "weeklyTimeTrackedChart");
-  EXPECT_EQ(allCases<WidgetType>.front(), WidgetType::timer);
-  EXPECT_EQ(allCases<WidgetType>.back(), WidgetType::recentTasks);
-  for (std::string_view unknown : {"Timer", "timer ", "", "weeklyRevenue"}) {
-    EXPECT_FALSE(fromRawValue<WidgetType>(unknown)) << unknown;
-  }
+TEST(WidgetType, RawValuesNameTheFilesAndKindsForGood) {
+  testing::expectRawValues<WidgetType>({"timer", "weeklyTimeTrackedChart", "monthlyTimeTrackedChart",
+                                        "weeklyRevenueChart", "monthlyRevenueChart", "recentTasks"});
   EXPECT_EQ(displayName(WidgetType::monthlyRevenueChart), "Revenue this month");
   EXPECT_EQ(description(WidgetType::recentTasks),
             "View your recent tasks and last session and toggle the timer of task");

@@ -8,6 +8,7 @@
 #include "Platform/RunLoop/Async.h"
 #include "WidgetData/TimerIntent/TimerWidgetIntentHost.h"
 #include "tests/Platform/Workspace/ProgramFixtures.h"
+#include "tests/support/RawValueContract.h"
 
 namespace kestrona {
 namespace {
@@ -111,43 +112,16 @@ TEST_F(TimerWidgetAppIntentTest, TheHostIsReadWhenTheIntentRunsAndReplacingItRel
   EXPECT_EQ(second->calls, (std::vector<std::string>{"pause"}));
 }
 
-TEST(TimerWidgetAppIntentValue, ErrorsCarryTheirTexts) {
-  EXPECT_EQ(TimerWidgetAppIntent::AppIntentError(Code::taskIdNotPassed).localizedDescription(), "Task ID not passed");
-  EXPECT_EQ(TimerWidgetAppIntent::AppIntentError(Code::taskNotFound).localizedDescription(), "Task not found");
-  EXPECT_EQ(TimerWidgetAppIntent::AppIntentError(Code::cannotInitializeTimer).localizedDescription(),
-            "Cannot initialize timer");
-  EXPECT_EQ(TimerWidgetAppIntent::AppIntentError(Code::actionIsRequired).localizedDescription(),
-            "Action is required");
-  EXPECT_EQ(TimerWidgetAppIntent::AppIntentError(Code::actionIsRequired).code(), 3);
-}
-
-TEST(TimerWidgetAppIntentValue, InitialisersAndSettableStatics) {
-  TimerWidgetAppIntent empty;
-  EXPECT_FALSE(empty.action.value().has_value());
-  EXPECT_FALSE(empty.taskId.value().has_value());
-  EXPECT_EQ(empty.action.title(), "Action");
-  EXPECT_EQ(empty.taskId.title(), "Task ID");
-
-  TimerWidgetAppIntent filled(TimerActionType::start, "t");
-  EXPECT_EQ(filled.action.value(), TimerActionType::start);
-  EXPECT_EQ(filled.taskId.value(), "t");
-
-  EXPECT_FALSE(TimerWidgetAppIntent::openAppWhenRun());
-  EXPECT_FALSE(TimerWidgetAppIntent::isDiscoverable());
-  TimerWidgetAppIntent::setIsDiscoverable(true);
-  EXPECT_TRUE(TimerWidgetAppIntent::isDiscoverable());
-  TimerWidgetAppIntent::setIsDiscoverable(false);
-}
-
-TEST(TimerActionTypeTest, RawValuesAreExactAndCasesListInOrder) {
-  EXPECT_EQ(fromRawValue<TimerActionType>("start"), TimerActionType::start);
-  EXPECT_EQ(fromRawValue<TimerActionType>("pause"), TimerActionType::pause);
-  EXPECT_EQ(fromRawValue<TimerActionType>("Start"), std::nullopt);
-  EXPECT_EQ(fromRawValue<TimerActionType>("pause "), std::nullopt);
-  EXPECT_EQ(allCases<TimerActionType>, (std::array{TimerActionType::start, TimerActionType::pause}));
-  EXPECT_EQ(AppEnumDisplay<TimerActionType>::typeDisplayName, "Timer Action");
+TEST(TimerWidgetAppIntentValue, ErrorsTextsAndActions) {
+  const std::pair<Code, const char*> texts[] = {{Code::taskIdNotPassed, "Task ID not passed"},
+                                                {Code::taskNotFound, "Task not found"},
+                                                {Code::cannotInitializeTimer, "Cannot initialize timer"},
+                                                {Code::actionIsRequired, "Action is required"}};
+  for (const auto& [code, text] : texts) {
+    EXPECT_EQ(TimerWidgetAppIntent::AppIntentError(code).localizedDescription(), text);
+  }
+  testing::expectRawValues<TimerActionType>({"start", "pause"});
   EXPECT_EQ(AppEnumDisplay<TimerActionType>::caseDisplayRepresentation(TimerActionType::pause), "Pause");
-  static_assert(AppEnum<TimerActionType>);
 }
 
 }  // namespace
