@@ -1,6 +1,7 @@
 #include "Extension/DeepLinkTimerWidgetIntentHost.h"
 
 #include "Platform/Bundle/Bundle.h"
+#include "Platform/Foundation/ExceptionDescription.h"
 #include "Platform/Logging/Logger.h"
 
 namespace kestrona {
@@ -31,17 +32,6 @@ asio::awaitable<std::exception_ptr> openCatchingFailure(std::shared_ptr<Workspac
     failure = std::current_exception();
   }
   co_return failure;
-}
-
-// The text of a failure for the log.
-std::string describe(const std::exception_ptr& failure) {
-  try {
-    std::rethrow_exception(failure);
-  } catch (const std::exception& error) {
-    return error.what();
-  } catch (...) {
-    return "unknown error";
-  }
 }
 
 }  // namespace
@@ -88,7 +78,8 @@ asio::awaitable<bool> DeepLinkTimerWidgetIntentHost::open(TimerWidgetDeepLink de
   std::exception_ptr failure = co_await openCatchingFailure(workspace_, *url, *application, configuration);
   if (!failure) co_return true;
 
-  intentLogger().log(Logger::Level::error, "Opening " + url->absoluteString() + " at the app failed: " + describe(failure));
+  intentLogger().log(Logger::Level::error,
+                     "Opening " + url->absoluteString() + " at the app failed: " + exceptionDescription(failure));
   co_return false;
 }
 

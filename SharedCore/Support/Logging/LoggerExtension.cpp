@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "Platform/Foundation/Error.h"
+#include "Platform/Foundation/ExceptionDescription.h"
 #include "Platform/Time/Date.h"
 
 namespace kestrona::logging {
@@ -31,17 +32,6 @@ std::optional<std::string> printedInteger(const std::any& value) {
   if (auto v = std::any_cast<signed char>(&value)) return std::to_string(*v);
   if (auto v = std::any_cast<unsigned char>(&value)) return std::to_string(*v);
   return std::nullopt;
-}
-
-std::string printedException(const std::exception_ptr& error) {
-  if (!error) return "nil";
-  try {
-    std::rethrow_exception(error);
-  } catch (const std::exception& caught) {
-    return caught.what();
-  } catch (...) {
-    return "unknown error";
-  }
 }
 
 void logWithData(const Logger& logger, Logger::Level level, const LazyMessage& message, const LazyData& data,
@@ -99,7 +89,7 @@ void error(const Logger& logger, std::string_view message, const std::exception&
 
 void error(const Logger& logger, std::string_view message, const std::exception_ptr& error, const LogSite& site) {
   if (!logger.isEnabled(Logger::Level::error)) return;
-  logger.log(Logger::Level::error, message, {{"error", Logger::MetadataValue(printedException(error))}},
+  logger.log(Logger::Level::error, message, {{"error", Logger::MetadataValue(exceptionDescription(error))}},
              Logger::sourceFromFileID(site.fileID), site.fileID, site.function, site.line);
 }
 
@@ -132,7 +122,7 @@ Logger::MetadataValue metadataValueFrom(const std::any& value) {
   if (auto v = std::any_cast<float>(&value)) return printedDouble(*v);
   if (auto v = std::any_cast<Date>(&value)) return printedDouble(v->timeIntervalSince1970());
   if (auto v = std::any_cast<Error>(&value)) return v->what();
-  if (auto v = std::any_cast<std::exception_ptr>(&value)) return printedException(*v);
+  if (auto v = std::any_cast<std::exception_ptr>(&value)) return exceptionDescription(*v);
   return "<unprintable " + std::string(value.type().name()) + ">";
 }
 
