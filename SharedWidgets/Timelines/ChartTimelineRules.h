@@ -22,29 +22,19 @@
 // Calendar::current() with firstDayOfWeek as its first weekday (values
 // outside 1...7 leave the calendar's own).
 //
-// The providers' common road. chartEntryFor<Record>(reader, date,
-// entryFromRecord) reads the chart file anew: a file that can't be read or
-// decoded gives Record::empty(); stale bars are dropped and the rest of the
-// record kept; entryFromRecord makes the entry. chartTimeline(now,
-// dateRangeType, entryFor) gives the two entries, for now and for
-// secondEntryDate(), with the policy atEnd.
-//
 // Pure functions apart from reading the clock, the zone and the locale;
 // thread-safe.
 #pragma once
 
 #include <cstdint>
 #include <functional>
-#include <utility>
 #include <vector>
 
 #include "Platform/Time/Date.h"
-#include "Platform/WidgetHost/Timeline.h"
 #include "SharedWidgets/Timelines/ChartBar.h"
 #include "SharedWidgets/Timelines/WidgetDateRangeType.h"
 #include "WidgetData/Records/ChartBarVO.h"
 #include "WidgetData/Records/CurrentTimeEntryVO.h"
-#include "WidgetData/Records/WidgetDataReader.h"
 
 namespace kestrona {
 
@@ -58,24 +48,5 @@ std::vector<ChartBar> mergingRunningEntry(std::vector<ChartBar> bars, const Curr
                                           const std::function<double(double seconds)>& measure);
 
 Date secondEntryDate(Date now, WidgetDateRangeType dateRangeType, std::int64_t firstDayOfWeek);
-
-template <typename Record, typename EntryFromRecord>
-auto chartEntryFor(const WidgetDataReaderProtocol& reader, Date date, EntryFromRecord entryFromRecord) {
-  WidgetDataResult<Record> read = reader.readCodableData<Record>();
-  if (!read.isSuccess()) return entryFromRecord(Record::empty(), date);
-  Record record = read.value();
-  if (!barsAreCurrent(record.bars, date)) record.bars.clear();
-  return entryFromRecord(record, date);
-}
-
-template <typename EntryFor>
-auto chartTimeline(Date now, WidgetDateRangeType dateRangeType, EntryFor entryFor) {
-  auto first = entryFor(now);
-  auto second = entryFor(secondEntryDate(now, dateRangeType, first.firstDayOfWeek));
-  Timeline<decltype(first)> timeline{.entries = {}, .policy = TimelineReloadPolicy::atEnd()};
-  timeline.entries.push_back(std::move(first));
-  timeline.entries.push_back(std::move(second));
-  return timeline;
-}
 
 }  // namespace kestrona

@@ -1,8 +1,7 @@
 #include "SharedWidgets/Widgets/ChartWidgets.h"
 
 #include "Platform/Foundation/FatalError.h"
-#include "SharedWidgets/Timelines/RevenueWidgetProvider.h"
-#include "SharedWidgets/Timelines/TimeTrackedWidgetProvider.h"
+#include "SharedWidgets/Timelines/ChartWidgetProvider.h"
 #include "SharedWidgets/Widgets/WidgetDescription.h"
 
 namespace kestrona {

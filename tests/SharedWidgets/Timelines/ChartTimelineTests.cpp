@@ -1,9 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "Platform/Time/Clock.h"
-#include "SharedWidgets/Timelines/ChartTimelineRules.h"
-#include "SharedWidgets/Timelines/RevenueWidgetProvider.h"
-#include "SharedWidgets/Timelines/TimeTrackedWidgetProvider.h"
+#include "SharedWidgets/Timelines/ChartWidgetProvider.h"
 #include "tests/SharedWidgets/Timelines/TimelineTestSupport.h"
 #include "tests/support/TemporaryDirectory.h"
 
@@ -71,21 +69,14 @@ TEST_F(ChartTimelineTest, UnreadableFileGivesAnEmptyChart) {
 
 TEST_F(ChartTimelineTest, BarsAreKeptUpToTheEndOfTheLastBarsDayAndDroppedAfter) {
   file->setRecord(twoDays(std::nullopt));
+  EXPECT_EQ(snapshotOf(weekly).chartBars, chartBarsFromRecords(twoDays(std::nullopt).bars))
+      << "a running entry without begin changes nothing";
   // The range ends one day after the last bar's date, and its end is inside.
   EXPECT_EQ(weekly.entryFor(Date(kWednesday11)).chartBars.size(), 2u);
   EXPECT_EQ(weekly.entryFor(Date(kMonday9)).chartBars.size(), 2u);
   EXPECT_TRUE(weekly.entryFor(Date(kWednesday11 + 1)).chartBars.empty());
   EXPECT_TRUE(weekly.entryFor(Date(kMonday9 - 1)).chartBars.empty());
   EXPECT_EQ(weekly.entryFor(Date(kWednesday11 + 1)).firstDayOfWeek, 2) << "only the bars are dropped";
-}
-
-TEST_F(ChartTimelineTest, YesterdaysFileReadAfterMidnightShowsNothingNotEvenTheRunningEntry) {
-  clock.set(Date(kWednesday11 + 1800));
-  file->setRecord(twoDays(kWednesday11 + 600));
-  Timeline<TimeTrackedWidgetEntry> timeline = timelineOf(weekly);
-  ASSERT_EQ(timeline.entries.size(), 2u);
-  EXPECT_TRUE(timeline.entries[0].chartBars.empty());
-  EXPECT_TRUE(timeline.entries[1].chartBars.empty());
 }
 
 TEST_F(ChartTimelineTest, RunningEntryThatBeganBeforeTheFirstBarCountsOnlyWithinEachBarsDay) {
@@ -113,12 +104,6 @@ TEST_F(ChartTimelineTest, RunningEntryOfATaskWithoutSegmentGetsItsOwnSegmentAtTh
             (ChartBarSegment{.taskId = "x-kestrona://S/Task/p9", .color = kTaskColor.color(), .value = kHour}));
   EXPECT_EQ(tuesday.totalValue, 1500 + kHour);
   EXPECT_EQ(entry.chartBars[0].segments.size(), 1u) << "Monday is untouched";
-}
-
-TEST_F(ChartTimelineTest, RunningEntryWithoutBeginChangesNothing) {
-  file->setRecord(twoDays(std::nullopt));
-  TimeTrackedWidgetEntry entry = snapshotOf(weekly);
-  EXPECT_EQ(entry.chartBars, chartBarsFromRecords(twoDays(std::nullopt).bars));
 }
 
 TEST_F(ChartTimelineTest, RevenueAppliesTheHourlyRateAndWithoutOneAddsAZeroSegment) {
@@ -156,15 +141,6 @@ TEST_F(ChartTimelineTest, TimelineHasTwoEntriesFifteenMinutesApartAndReloadsAtIt
   // not up to their own date.
   EXPECT_EQ(timeline.entries[0].chartBars, timeline.entries[1].chartBars);
   EXPECT_EQ(timeline.entries[0].chartBars[1].segments[1].value, 300 + kHour);
-}
-
-TEST_F(ChartTimelineTest, SecondEntryAfterMidnightOfTheLastBarsDayIsStale) {
-  clock.set(Date(kWednesday11 - 300));
-  file->setRecord(twoDays(std::nullopt));
-  Timeline<TimeTrackedWidgetEntry> timeline = timelineOf(weekly);
-  EXPECT_EQ(timeline.entries[0].chartBars.size(), 2u);
-  EXPECT_EQ(timeline.entries[1].date, Date(kWednesday11 + 600));
-  EXPECT_TRUE(timeline.entries[1].chartBars.empty());
 }
 
 TEST_F(ChartTimelineTest, OnTheLastSecondOfAPeriodTheSecondEntryIsAtItsChange) {
