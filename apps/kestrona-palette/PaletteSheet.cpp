@@ -4,8 +4,14 @@
 #include <cairo.h>
 #include <pango/pangocairo.h>
 
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "Platform/Color/Appearance.h"
 #include "Platform/Foundation/RawRepresentable.h"
@@ -42,6 +48,19 @@ std::string idName(ColorSet::ID id) {
     case ColorSet::ID::lightIndigo: return "lightIndigo";
   }
   return "?";
+}
+
+// The text colour that reads on a swatch of fill: black on light colours,
+// white on dark ones. The crossover is where both contrast alike with the
+// fill (a relative luminance of 0.179, by the sRGB transfer curve).
+Color labelColorOn(const Color& fill) {
+  const RGBAComponents c = toRGBAComponents(fill);
+  const auto linear = [](double component) {
+    const double clamped = std::clamp(component, 0.0, 1.0);
+    return clamped <= 0.04045 ? clamped / 12.92 : std::pow((clamped + 0.055) / 1.055, 2.4);
+  };
+  const double luminance = 0.2126 * linear(c.red) + 0.7152 * linear(c.green) + 0.0722 * linear(c.blue);
+  return luminance > 0.179 ? Color::deviceRGB(0, 0, 0, 1) : Color::white();
 }
 
 void setSource(cairo_t* cr, const Color& color, double extraAlpha = 1.0) {
@@ -107,7 +126,7 @@ void drawPanel(cairo_t* cr, bool isDarkMode) {
       roundedRectangle(cr, x, y, SheetLayout::kSwatchWidth, SheetLayout::kSwatchHeight, 6);
       setSource(cr, *fills[column]);
       cairo_fill(cr);
-      drawText(cr, std::string(hexes[column]), x + 8, centreY, 10, false, Color::white());
+      drawText(cr, std::string(hexes[column]), x + 8, centreY, 10, false, labelColorOn(*fills[column]));
     }
 
     // The running button: the base colour at the set's button opacity over
@@ -136,6 +155,44 @@ void check(cairo_status_t status, const std::string& what) {
 using Surface = std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)>;
 using Context = std::unique_ptr<cairo_t, decltype(&cairo_destroy)>;
 
+// A file that Cairo writes through, so that a failure can name the
+// operating system's reason instead of Cairo's "error while writing".
+class OutputFile {
+ public:
+  explicit OutputFile(const std::filesystem::path& path) : path_(path), stream_(std::fopen(path.c_str(), "wb")) {
+    if (!stream_) fail(errno);
+  }
+  ~OutputFile() {
+    if (stream_) std::fclose(stream_);
+  }
+  OutputFile(const OutputFile&) = delete;
+  OutputFile& operator=(const OutputFile&) = delete;
+
+  static cairo_status_t write(void* closure, const unsigned char* data, unsigned int length) {
+    auto* file = static_cast<OutputFile*>(closure);
+    if (std::fwrite(data, 1, length, file->stream_) == length) return CAIRO_STATUS_SUCCESS;
+    file->errorNumber_ = errno;
+    return CAIRO_STATUS_WRITE_ERROR;
+  }
+
+  // Flushes and closes; throws the reason of any failure on the way.
+  void finish() {
+    std::FILE* stream = std::exchange(stream_, nullptr);
+    if (std::fclose(stream) != 0 && errorNumber_ == 0) errorNumber_ = errno;
+    if (errorNumber_ != 0) fail(errorNumber_);
+  }
+
+ private:
+  [[noreturn]] void fail(int errorNumber) const {
+    throw PaletteSheetError(CAIRO_STATUS_WRITE_ERROR,
+                            "cannot write " + path_.string() + ": " + std::strerror(errorNumber));
+  }
+
+  std::filesystem::path path_;
+  std::FILE* stream_;
+  int errorNumber_ = 0;
+};
+
 }  // namespace
 
 double SheetLayout::panelWidth() {
@@ -163,11 +220,16 @@ void writePaletteSheetPNG(const std::filesystem::path& file, double scale) {
     drawSheet(cr.get());
     check(cairo_status(cr.get()), "cannot draw the palette sheet");
   }
-  check(cairo_surface_write_to_png(surface.get(), file.c_str()), "cannot write " + file.string());
+  OutputFile output(file);
+  cairo_status_t status = cairo_surface_write_to_png_stream(surface.get(), &OutputFile::write, &output);
+  output.finish();
+  check(status, "cannot write " + file.string());
 }
 
 void writePaletteSheetSVG(const std::filesystem::path& file) {
-  Surface surface(cairo_svg_surface_create(file.c_str(), SheetLayout::sheetWidth(), SheetLayout::sheetHeight()),
+  OutputFile output(file);
+  Surface surface(cairo_svg_surface_create_for_stream(&OutputFile::write, &output, SheetLayout::sheetWidth(),
+                                                      SheetLayout::sheetHeight()),
                   cairo_surface_destroy);
   check(cairo_surface_status(surface.get()), "cannot create " + file.string());
   {
@@ -176,6 +238,7 @@ void writePaletteSheetSVG(const std::filesystem::path& file) {
     check(cairo_status(cr.get()), "cannot draw the palette sheet");
   }
   cairo_surface_finish(surface.get());
+  output.finish();
   check(cairo_surface_status(surface.get()), "cannot write " + file.string());
 }
 

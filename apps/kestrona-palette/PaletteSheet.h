@@ -42,7 +42,9 @@ struct SheetLayout {
   static double swatchCentreY(int row);
 };
 
-// A drawing or file failure; the code is Cairo's status.
+// A drawing or file failure; the code is Cairo's status, or 0 when the file
+// system failed outside Cairo. The description names the file and the
+// operating system's reason.
 class PaletteSheetError final : public Error {
  public:
   PaletteSheetError(int cairoStatus, const std::string& description)
