@@ -1,23 +1,32 @@
 // The command line of kestrona-widgets.
 //
-//   kestrona-widgets timeline KIND [--family F] [--now SECONDS]
-//   kestrona-widgets snapshot KIND [--family F] [--now SECONDS]
-//   kestrona-widgets placeholder KIND [--family F] [--now SECONDS]
-//   kestrona-widgets list
-//   kestrona-widgets run [--for SECONDS]
-//   kestrona-widgets render KIND [--family F] [--now SECONDS] [--scale N] --out FILE
-//   kestrona-widgets render-all --out DIR [--now SECONDS]
-//   kestrona-widgets press KIND [--family F] (--x X --y Y | --plate N) [--now SECONDS]
+//   kestrona-widgets COMMAND [OPTIONS] [--] [KIND]
+//   kestrona-widgets -h | --help | --version
+//   kestrona-widgets COMMAND -h | --help
 //
 // runWidgetProcess() looks the command up in one dispatch table
-// (widgetCommands()), runs it with the bundle, and answers the exit status:
-// 0 when the command did its work, 2 when the command line was wrong (an
-// unknown command, kind or family, a family the widget doesn't offer, a
-// missing or malformed value, an extra argument). Then it writes one line
-// "kestrona-widgets: <what was wrong>" and a hint to the error stream, and
-// nothing to the output. 1 when the command could not do its work: run
-// cannot watch the widget files, a drawing or a file cannot be written, a
-// pressed button's intent failed.
+// (widgetCommands()) and runs it with the bundle. "-h" or "--help" before
+// any "--" prints the usage (after a command: that command's help) to the
+// output; "--version" prints the program's name and version. The usage
+// names every command with a one-line summary, the widget kinds with their
+// families (the first is the default), the folder the widget files are read
+// from, and the exit statuses:
+//
+//   0  the command did its work (or printed help or the version);
+//   1  the work failed: a file could not be read, drawn or written (the
+//      message names the path and the operating system's reason), the live
+//      host could not watch its files, a pressed button's intent failed;
+//   2  the command line was wrong: an unknown command, kind, family or
+//      option, an option given twice or without its value, two options that
+//      exclude each other, a malformed or out-of-range value, an extra
+//      argument. Then nothing goes to the output.
+//
+// Every failure is one line "kestrona-widgets: <what was wrong>" on the
+// error stream, a usage error followed by a hint to the help. Whatever a
+// command throws is caught here: a CommandLineError is a usage error, any
+// other exception a failure of the work. Warnings (a widget that shows
+// stand-in data because its file can't be used) go to the error stream as
+// "kestrona-widgets: warning: ..." and don't change the status.
 //
 // Each command lives in a file of its own and reports a wrong command line
 // by throwing CommandLineError. Runs on the calling thread.
@@ -42,6 +51,8 @@ enum class CommandLineErrorCode {
   missingValue,
   badValue,
   unexpectedArgument,
+  repeatedOption,
+  conflictingOptions,
 };
 
 class CommandLineError : public CodedError<CommandLineErrorCode> {
@@ -57,11 +68,18 @@ struct CommandInvocation {
   // The arguments after the command's name.
   std::vector<std::string> arguments;
   std::ostream& output;
+  // Warnings; failures are written by runWidgetProcess.
+  std::ostream& errors;
 };
 
 struct WidgetCommand {
   std::string_view name;
+  // The arguments, as the usage shows them.
   std::string_view synopsis;
+  // One line for the usage.
+  std::string_view summary;
+  // The command's options, one per line, for its help; may be empty.
+  std::string options;
   std::function<int(const CommandInvocation&)> run;
 };
 

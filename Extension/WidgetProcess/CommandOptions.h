@@ -1,12 +1,17 @@
 // Reading a command's own arguments: options written "--name value" or
 // "--name=value", each at most once, and at most one bare argument (the
-// widget kind, for the commands that take one), in any order.
+// widget kind, for the commands that take one), in any order. "--" ends the
+// options: what follows is bare, even when it begins with "-".
 //
 // readCommandOptions() accepts only the option names it is given and throws
-// CommandLineError for an unknown option, an option given twice or without
-// its value, and a bare argument too many (or any, when none is taken). The
-// parse functions read an option's value and throw CommandLineError naming
-// the option when it is not what they take.
+// CommandLineError for an unknown option (anything else beginning with "-",
+// but "-" itself), an option given twice or without its value, and a bare
+// argument too many (or any, when none is taken). The parse functions read
+// an option's value and throw CommandLineError naming the option and the
+// value when it is not what they take.
+//
+// numberText() writes a number as people read it in messages: "170", "0.5",
+// never "170.000000".
 //
 // Threading: plain functions; any thread.
 #pragma once
@@ -35,9 +40,13 @@ CommandOptions readCommandOptions(const std::vector<std::string>& arguments, con
 
 // A finite number.
 double parseNumberOption(std::string_view name, const std::string& text);
-// A finite number above zero.
-double parsePositiveOption(std::string_view name, const std::string& text);
-// Seconds since 1970, as --now takes them.
+// A finite number from 0 on.
+double parseNonNegativeOption(std::string_view name, const std::string& text);
+// Pixels per point: above 0 and at most 8.
+double parseScaleOption(const std::string& text);
+// Seconds since 1970 within the years 1970 to 9999, as --now takes them.
 Date parseNowOption(const std::string& text);
+
+std::string numberText(double number);
 
 }  // namespace kestrona

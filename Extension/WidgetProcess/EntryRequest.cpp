@@ -1,6 +1,7 @@
 #include "Extension/WidgetProcess/EntryRequest.h"
 
 #include "Extension/WidgetProcess/CommandLine.h"
+#include "Extension/WidgetProcess/DataFileWarnings.h"
 #include "Extension/WidgetProcess/WidgetSelection.h"
 #include "Platform/WidgetHost/WidgetHost.h"
 
@@ -12,6 +13,7 @@ std::unique_ptr<EntryRequest> EntryRequest::parse(const KestronaWidgets& bundle,
   std::vector<std::string_view> names = {"--family", "--now"};
   names.insert(names.end(), extraOptions.begin(), extraOptions.end());
   std::unique_ptr<EntryRequest> request(new EntryRequest());
+  request->appGroupName_ = bundle.appGroupName;
   request->options_ = readCommandOptions(arguments, names, true);
   const CommandOptions& options = request->options_;
   if (!options.argument) throw CommandLineError(CommandLineErrorCode::missingValue, "a widget kind is needed");
@@ -33,6 +35,10 @@ TimelineProviderContext EntryRequest::context() const {
 }
 
 const std::string* EntryRequest::option(std::string_view name) const { return options_.value(name); }
+
+void EntryRequest::warnAboutDataFile(std::ostream& errors) const {
+  DataFileWarnings(appGroupName_, errors).check(configuration_->kind());
+}
 
 AnyTimelineEntry EntryRequest::currentEntry() const {
   WidgetHost host({*configuration_}, Clock::current(), nullptr);

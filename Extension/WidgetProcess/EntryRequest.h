@@ -12,10 +12,13 @@
 // currentEntry() is the entry the widget shows at the present moment, as
 // the widget host has it: the placeholder first, then the entry of the
 // widget's timeline whose date has come last (or its first, while none has).
+// warnAboutDataFile() writes the warning of DataFileWarnings.h when the
+// widget's file can't be used.
 //
 // Holds the clock it installs: not copied or moved; one per command run.
 #pragma once
 
+#include <iosfwd>
 #include <memory>
 #include <optional>
 #include <string>
@@ -43,6 +46,7 @@ class EntryRequest {
   // The value of one of the extra options; null when it was not given.
   const std::string* option(std::string_view name) const;
   AnyTimelineEntry currentEntry() const;
+  void warnAboutDataFile(std::ostream& errors) const;
 
  private:
   EntryRequest() = default;
@@ -52,6 +56,7 @@ class EntryRequest {
   std::optional<WidgetConfiguration> configuration_;
   WidgetFamily family_ = WidgetFamily::systemSmall;
   CommandOptions options_;
+  std::string appGroupName_;
 };
 
 }  // namespace kestrona

@@ -5,14 +5,12 @@
 #include <nlohmann/json.hpp>
 
 #include "Extension/WidgetProcess/CommandLine.h"
+#include "Extension/WidgetProcess/CommandOptions.h"
 
 namespace kestrona {
 
 int runListCommand(const CommandInvocation& invocation) {
-  if (!invocation.arguments.empty()) {
-    throw CommandLineError(CommandLineErrorCode::unexpectedArgument,
-                           "list takes no arguments, not '" + invocation.arguments.front() + "'");
-  }
+  readCommandOptions(invocation.arguments, {}, false);
   nlohmann::ordered_json widgets = nlohmann::ordered_json::array();
   for (const WidgetConfiguration& widget : invocation.bundle.body()) {
     nlohmann::ordered_json item = nlohmann::ordered_json::object();

@@ -49,8 +49,8 @@ Point platePoint(const EntryRequest& request, const LayoutTree& tree, const std:
   if (request.configuration().kind() != RecentTasksWidget::kind) {
     throw CommandLineError(Code::unexpectedArgument, "--plate is for the recent tasks widget only");
   }
-  const double number = parseNumberOption("--plate", text);
   const std::vector<const LaidOutNode*> plates = tree.nodesOfKind(ViewKind::pressTarget);
+  const double number = parseNumberOption("--plate", text);
   if (number != std::floor(number) || number < 1 || number > static_cast<double>(plates.size())) {
     throw CommandLineError(Code::badValue, "--plate takes a plate from 1 to " + std::to_string(plates.size()) +
                                                " (the plates shown), not '" + text + "'");
@@ -63,13 +63,17 @@ Point pressPoint(const EntryRequest& request, const LayoutTree& tree) {
   const std::string* x = request.option("--x");
   const std::string* y = request.option("--y");
   const std::string* plate = request.option("--plate");
-  if (plate && !x && !y) return platePoint(request, tree, *plate);
-  if (!x || !y || plate) throw CommandLineError(Code::missingValue, "press needs either --x X --y Y or --plate N");
+  if (plate && (x || y)) {
+    throw CommandLineError(Code::conflictingOptions, "press takes either --x X --y Y or --plate N, not both");
+  }
+  if (plate) return platePoint(request, tree, *plate);
+  if (!x || !y) throw CommandLineError(Code::missingValue, "press needs either --x X --y Y or --plate N");
   const Point point{parseNumberOption("--x", *x), parseNumberOption("--y", *y)};
   const Size canvas = tree.canvasSize();
   if (point.x < 0 || point.y < 0 || point.x > canvas.width || point.y > canvas.height) {
-    throw CommandLineError(Code::badValue, "the point lies outside the widget's " + std::to_string(canvas.width) +
-                                               " x " + std::to_string(canvas.height) + " points");
+    throw CommandLineError(Code::badValue, "the point (" + numberText(point.x) + ", " + numberText(point.y) +
+                                               ") lies outside the widget's " + numberText(canvas.width) + " × " +
+                                               numberText(canvas.height) + " points");
   }
   return point;
 }
@@ -81,6 +85,7 @@ int runPressCommand(const CommandInvocation& invocation) {
       EntryRequest::parse(invocation.bundle, invocation.arguments, {"--x", "--y", "--plate"});
   const LayoutTree tree = layOutWidget(request->configuration().kind(), request->currentEntry(), request->family());
   const Point point = pressPoint(*request, tree);
+  request->warnAboutDataFile(invocation.errors);
 
   nlohmann::ordered_json json = nlohmann::ordered_json::object();
   json["kind"] = request->configuration().kind();

@@ -6,17 +6,25 @@
 // showing its pictures at their size in points, each captioned with the kind
 // and the family. When DIR already holds palette/index.html (the palette
 // sheet), the page links to it. Creates DIR; prints the page's path.
+//
+// Every file is replaced as a whole, and the page is written last: a
+// render-all that fails (a folder that can't be made or written, a full
+// disk) leaves no new page, so no page shows a picture that was not
+// written. A widget that shows stand-in data is warned about once.
 #include <filesystem>
-#include <fstream>
 #include <optional>
 #include <ostream>
+#include <sstream>
 #include <system_error>
 
 #include "Extension/WidgetProcess/CommandLine.h"
 #include "Extension/WidgetProcess/CommandOptions.h"
+#include "Extension/WidgetProcess/DataFileWarnings.h"
+#include "Extension/WidgetProcess/PictureOutput.h"
 #include "Extension/WidgetProcess/WidgetViews.h"
 #include "Platform/View/Renderer.h"
 #include "Platform/WidgetHost/WidgetHost.h"
+#include "WidgetData/Records/FileSystemError.h"
 
 namespace kestrona {
 namespace {
@@ -63,6 +71,10 @@ int runRenderAllCommand(const CommandInvocation& invocation) {
   const CommandOptions options = readCommandOptions(invocation.arguments, {"--out", "--now"}, false);
   const std::string* out = options.value("--out");
   if (!out) throw CommandLineError(CommandLineErrorCode::missingValue, "render-all needs --out DIR");
+  if (out->empty() || *out == "-") {
+    throw CommandLineError(CommandLineErrorCode::badValue,
+                           "render-all needs a folder name after --out, not '" + *out + "'");
+  }
   ManualClock fixedClock;
   std::optional<ScopedClock> scopedClock;
   if (const std::string* now = options.value("--now")) {
@@ -71,35 +83,39 @@ int runRenderAllCommand(const CommandInvocation& invocation) {
   }
 
   const fs::path directory(*out);
-  fs::create_directories(directory);
+  std::error_code madeNot;
+  fs::create_directories(directory, madeNot);
+  if (madeNot) throw fileWriteError(directory, madeNot.value());
   WidgetHost host(invocation.bundle.body(), Clock::current(), nullptr);
   host.start();
+  DataFileWarnings warnings(invocation.bundle.appGroupName, invocation.errors);
 
-  std::ofstream page(directory / "index.html");
+  // The pictures first, each replacing its file whole; the page only when
+  // every picture it shows is there.
+  std::ostringstream page;
   page << kPageHead;
   if (fs::exists(directory / "palette" / "index.html")) {
     page << "<p><a href=\"palette/index.html\" style=\"color: #64d2ff\">The palette sheet</a></p>\n";
   }
   for (const WidgetConfiguration& widget : host.widgets()) {
+    warnings.check(widget.kind());
     page << "<section id=\"" << escapedHTML(widget.kind()) << "\">\n<h2>" << escapedHTML(widget.displayName())
          << " <small>(" << escapedHTML(widget.kind()) << ")</small></h2>\n<p class=\"description\">"
          << escapedHTML(widget.description()) << "</p>\n<div class=\"families\">\n";
     for (WidgetFamily family : widget.supportedFamilies()) {
       const std::string name = widget.kind() + "-" + std::string(rawValue(family)) + ".png";
-      renderPNG(layOutWidget(widget.kind(), *host.currentEntry(widget.kind(), family), family), directory / name);
+      const LayoutTree tree = layOutWidget(widget.kind(), *host.currentEntry(widget.kind(), family), family);
+      writeFileReplacing(directory / name, pictureData(tree, PictureFormat::png, kDefaultPixelScale));
       const Size canvas = widgetCanvasSize(family);
-      page << "<figure><img src=\"" << escapedHTML(name) << "\" width=\"" << canvas.width << "\" height=\""
-           << canvas.height << "\" alt=\"" << escapedHTML(widget.kind()) << " " << rawValue(family) << "\"><figcaption>"
-           << escapedHTML(widget.kind()) << " · " << rawValue(family) << "</figcaption></figure>\n";
+      page << "<figure><img src=\"" << escapedHTML(name) << "\" width=\"" << numberText(canvas.width)
+           << "\" height=\"" << numberText(canvas.height) << "\" alt=\"" << escapedHTML(widget.kind()) << " "
+           << rawValue(family) << "\"><figcaption>" << escapedHTML(widget.kind()) << " · " << rawValue(family)
+           << "</figcaption></figure>\n";
     }
     page << "</div>\n</section>\n";
   }
   page << "</body>\n</html>\n";
-  page.close();
-  if (!page) {
-    throw fs::filesystem_error("cannot write the gallery page", directory / "index.html",
-                               std::make_error_code(std::errc::io_error));
-  }
+  writeFileReplacing(directory / "index.html", page.str());
   invocation.output << (directory / "index.html").string() << "\n";
   return 0;
 }

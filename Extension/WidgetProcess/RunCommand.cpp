@@ -7,18 +7,22 @@
 //    "reason": "start" | "policy" | "fileChanged" | "requested",
 //    "entry": {...}}                       (entry: entryChanged only)
 //
-// It sleeps in poll() until the host's next update or a file change. With
+// It sleeps in poll() until the host's next update or a file change, and
+// never blocks on a file itself: the providers read only regular files. With
 // --for it stops after that many seconds (0: start, one update, stop);
 // without it runs until it is ended. With no group container it still runs,
-// with nothing to watch.
+// with nothing to watch. A widget that shows stand-in data because its file
+// can't be used is warned about on the error stream when it is reloaded,
+// once for each new reason.
 #include <poll.h>
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <ostream>
 
 #include "Extension/WidgetProcess/CommandLine.h"
+#include "Extension/WidgetProcess/CommandOptions.h"
+#include "Extension/WidgetProcess/DataFileWarnings.h"
 #include "Extension/WidgetProcess/EntryJSON.h"
 #include "Platform/WidgetHost/InotifyFileChangeMonitor.h"
 #include "Platform/WidgetHost/WidgetHost.h"
@@ -28,17 +32,10 @@ namespace kestrona {
 namespace {
 
 std::optional<double> readDuration(const std::vector<std::string>& arguments) {
-  if (arguments.empty()) return std::nullopt;
-  if (arguments.size() != 2 || arguments[0] != "--for") {
-    throw CommandLineError(CommandLineErrorCode::unexpectedArgument, "run takes only --for SECONDS");
-  }
-  double seconds = 0;
-  const std::string& text = arguments[1];
-  auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
-  if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(seconds) || seconds < 0) {
-    throw CommandLineError(CommandLineErrorCode::badValue, "--for takes a number of seconds, not '" + text + "'");
-  }
-  return seconds;
+  const CommandOptions options = readCommandOptions(arguments, {"--for"}, false);
+  const std::string* text = options.value("--for");
+  if (!text) return std::nullopt;
+  return parseNonNegativeOption("--for", *text);
 }
 
 std::string_view reasonName(WidgetHostEvent::Reason reason) {
@@ -61,9 +58,11 @@ int runRunCommand(const CommandInvocation& invocation) {
 
   std::shared_ptr<InotifyFileChangeMonitor> monitor = InotifyFileChangeMonitor::make();
   WidgetHost host(invocation.bundle.body(), clock, monitor);
-  host.setObserver([&host, &invocation](const WidgetHostEvent& event) {
+  DataFileWarnings warnings(invocation.bundle.appGroupName, invocation.errors);
+  host.setObserver([&host, &invocation, &warnings](const WidgetHostEvent& event) {
     nlohmann::ordered_json json = nlohmann::ordered_json::object();
     bool changed = event.kind == WidgetHostEvent::Kind::entryChanged;
+    if (!changed) warnings.check(event.widgetKind);
     json["event"] = changed ? "entryChanged" : "timelineReloaded";
     json["kind"] = event.widgetKind;
     json["family"] = std::string(rawValue(event.family));

@@ -11,8 +11,10 @@ namespace kestrona {
 
 int runSnapshotCommand(const CommandInvocation& invocation) {
   std::unique_ptr<EntryRequest> request = EntryRequest::parse(invocation.bundle, invocation.arguments);
+  request->warnAboutDataFile(invocation.errors);
   std::optional<AnyTimelineEntry> snapshot;
-  request->configuration().getSnapshot(request->context(), [&snapshot](AnyTimelineEntry given) { snapshot = std::move(given); });
+  request->configuration().getSnapshot(request->context(),
+                                       [&snapshot](AnyTimelineEntry given) { snapshot = std::move(given); });
   nlohmann::ordered_json json = nlohmann::ordered_json::object();
   json["kind"] = request->configuration().kind();
   json["family"] = std::string(rawValue(request->family()));

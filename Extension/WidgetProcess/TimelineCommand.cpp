@@ -11,8 +11,10 @@ namespace kestrona {
 
 int runTimelineCommand(const CommandInvocation& invocation) {
   std::unique_ptr<EntryRequest> request = EntryRequest::parse(invocation.bundle, invocation.arguments);
+  request->warnAboutDataFile(invocation.errors);
   std::optional<AnyTimeline> timeline;
-  request->configuration().getTimeline(request->context(), [&timeline](AnyTimeline given) { timeline = std::move(given); });
+  request->configuration().getTimeline(request->context(),
+                                       [&timeline](AnyTimeline given) { timeline = std::move(given); });
   nlohmann::ordered_json json = nlohmann::ordered_json::object();
   json["kind"] = request->configuration().kind();
   json["family"] = std::string(rawValue(request->family()));

@@ -4,6 +4,7 @@
 #include <variant>
 
 #include "Platform/Foundation/Error.h"
+#include "Platform/Foundation/ExceptionDescription.h"
 #include "Platform/Intents/AppIntent.h"
 #include "WidgetData/TimerIntent/TimerWidgetIntentHost.h"
 
@@ -162,10 +163,8 @@ nlohmann::ordered_json failureJSON(const std::exception_ptr& failure) {
     std::rethrow_exception(failure);
   } catch (const Error& error) {
     return {{"domain", error.domain()}, {"code", error.code()}, {"description", error.localizedDescription()}};
-  } catch (const std::exception& error) {
-    return {{"description", error.what()}};
   } catch (...) {
-    return {{"description", "unknown error"}};
+    return {{"description", exceptionDescription(std::current_exception())}};
   }
 }
 

@@ -23,8 +23,6 @@ TEST(WidgetBundleTest, ConfigurationsReadTheFilesOfTheirGroupAndKind) {
   testing::writeFile(data.path() / "group.test" / "widgetData" / "timer", R"({"taskName":"From file"})");
 
   WidgetConfiguration timer = TimerWidget("group.test").configuration();
-  EXPECT_EQ(timer.kind(), "timer");
-  EXPECT_EQ(timer.supportedFamilies(), (std::vector{WidgetFamily::systemSmall, WidgetFamily::systemMedium}));
   EXPECT_TRUE(timer.contentMarginsDisabled());
   EXPECT_EQ(timer.displayName(), displayName(WidgetType::timer));
   std::optional<AnyTimeline> timeline;
@@ -36,18 +34,7 @@ TEST(WidgetBundleTest, ConfigurationsReadTheFilesOfTheirGroupAndKind) {
 
   // Another group has no file: the recent tasks fall back on the sample.
   WidgetConfiguration recent = RecentTasksWidget("other.group").configuration();
-  EXPECT_EQ(recent.supportedFamilies().size(), 3u);
   EXPECT_EQ(recent.placeholder(TimelineProviderContext{}).as<RecentTasksEntry>()->tasks.size(), 8u);
-}
-
-TEST(WidgetBundleTest, ChartWidgetsOfferMediumFirst) {
-  for (const WidgetConfiguration& chart :
-       {TimeTrackedWeeklyChartWidget("g").configuration(), TimeTrackedMonthlyChartWidget("g").configuration(),
-        RevenueWeeklyChartWidget("g").configuration(), RevenueMonthlyChartWidget("g").configuration()}) {
-    EXPECT_EQ(chart.supportedFamilies(), (std::vector{WidgetFamily::systemMedium, WidgetFamily::systemSmall}))
-        << chart.kind();
-    EXPECT_FALSE(chart.isSupported(WidgetFamily::systemLarge));
-  }
 }
 
 }  // namespace
