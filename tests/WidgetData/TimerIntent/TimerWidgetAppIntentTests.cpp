@@ -68,37 +68,40 @@ class TimerWidgetAppIntentTest : public ::testing::Test {
   MainLoop loop_;
 };
 
-TEST_F(TimerWidgetAppIntentTest, WithoutAHostFailsBeforeLookingAtParameters) {
-  EXPECT_EQ(perform(TimerWidgetAppIntent()), Code::cannotInitializeTimer);
-  EXPECT_EQ(perform(TimerWidgetAppIntent(TimerActionType::start, std::nullopt)), Code::cannotInitializeTimer);
-  EXPECT_EQ(perform(TimerWidgetAppIntent(TimerActionType::pause, std::nullopt)), Code::cannotInitializeTimer);
-}
-
-TEST_F(TimerWidgetAppIntentTest, PauseIgnoresTheTaskAndCannotFail) {
-  auto host = registerHost(false);
-  EXPECT_EQ(perform(TimerWidgetAppIntent(TimerActionType::pause, "x-kestrona://A/Task/p1")), std::nullopt);
-  EXPECT_EQ(perform(TimerWidgetAppIntent(TimerActionType::pause, std::nullopt)), std::nullopt);
-  EXPECT_EQ(host->calls, (std::vector<std::string>{"pause", "pause"}));
-}
-
-TEST_F(TimerWidgetAppIntentTest, StartNeedsAnActionAndATaskButPassesAnEmptyOne) {
-  auto host = registerHost(true);
-  TimerWidgetAppIntent noAction;
-  noAction.taskId = "x-kestrona://A/Task/p1";
-  EXPECT_EQ(perform(noAction), Code::actionIsRequired);
-  EXPECT_EQ(perform(TimerWidgetAppIntent(TimerActionType::start, std::nullopt)), Code::taskIdNotPassed);
-  EXPECT_TRUE(host->calls.empty());
-
-  EXPECT_EQ(perform(TimerWidgetAppIntent(TimerActionType::start, "")), std::nullopt);
-  EXPECT_EQ(perform(TimerWidgetAppIntent(TimerActionType::start, "x-kestrona://A/Task/p1")), std::nullopt);
-  EXPECT_EQ(host->calls, (std::vector<std::string>{"start ", "start x-kestrona://A/Task/p1"}));
-}
-
-TEST_F(TimerWidgetAppIntentTest, AStartTheHostCouldNotHandOverIsTaskNotFound) {
-  auto host = registerHost(false);
-  EXPECT_EQ(perform(TimerWidgetAppIntent(TimerActionType::start, "x-kestrona://A/Task/p1")), Code::taskNotFound);
-  EXPECT_EQ(host->calls, (std::vector<std::string>{"start x-kestrona://A/Task/p1"}));
-  EXPECT_EQ(TimerWidgetIntentHost::current(), host) << "a failure must leave the host registered";
+// The host comes first, then the action; a pause ignores the task, a start
+// needs one (the empty one passes) and fails as taskNotFound when the host
+// could not hand it over, which leaves the host registered.
+TEST_F(TimerWidgetAppIntentTest, PerformChecksHostActionAndTaskInThatOrder) {
+  const std::string task = "x-kestrona://A/Task/p1";
+  const struct {
+    std::optional<bool> hostAnswer;  // none: no host registered
+    std::optional<TimerActionType> action;
+    std::optional<std::string> taskId;
+    std::optional<Code> error;
+    std::vector<std::string> calls;
+  } cases[] = {
+      {std::nullopt, std::nullopt, std::nullopt, Code::cannotInitializeTimer, {}},
+      {std::nullopt, TimerActionType::start, task, Code::cannotInitializeTimer, {}},
+      {std::nullopt, TimerActionType::pause, std::nullopt, Code::cannotInitializeTimer, {}},
+      {false, TimerActionType::pause, task, std::nullopt, {"pause"}},
+      {true, std::nullopt, task, Code::actionIsRequired, {}},
+      {true, TimerActionType::start, std::nullopt, Code::taskIdNotPassed, {}},
+      {true, TimerActionType::start, "", std::nullopt, {"start "}},
+      {true, TimerActionType::start, task, std::nullopt, {"start " + task}},
+      {false, TimerActionType::start, task, Code::taskNotFound, {"start " + task}},
+  };
+  for (const auto& each : cases) {
+    TimerWidgetIntentHost::setCurrent(nullptr);
+    std::shared_ptr<RecordingHost> host = each.hostAnswer ? registerHost(*each.hostAnswer) : nullptr;
+    TimerWidgetAppIntent intent;
+    intent.action = each.action;
+    intent.taskId = each.taskId;
+    EXPECT_EQ(perform(intent), each.error) << each.calls.size();
+    if (host) {
+      EXPECT_EQ(host->calls, each.calls);
+      EXPECT_EQ(TimerWidgetIntentHost::current(), host);
+    }
+  }
 }
 
 TEST_F(TimerWidgetAppIntentTest, TheHostIsReadWhenTheIntentRunsAndReplacingItReleasesTheOldOne) {
