@@ -102,9 +102,14 @@ int runWidgetWindow(const KestronaWidgets& bundle, const std::vector<std::string
 
   settings.windowSize = window->windowSize();
   settings.write(*defaults);
-  defaults->synchronize();
   window.reset();
   pump.reset();
+  try {
+    defaults->synchronize();
+  } catch (const UserDefaultsError& error) {
+    errors << kProgram << error.localizedDescription() << "\n";
+    return 1;
+  }
   return 0;
 }
 

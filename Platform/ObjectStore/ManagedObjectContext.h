@@ -84,8 +84,9 @@ class ManagedObjectContext : public std::enable_shared_from_this<ManagedObjectCo
   using ConcurrencyType = ManagedObjectContextConcurrencyType;
 
   // initWithConcurrencyType:. A main-queue context uses MainLoop::main().
-  static std::shared_ptr<ManagedObjectContext> make(ConcurrencyType type);
-  static std::shared_ptr<ManagedObjectContext> make(ConcurrencyType type, std::unique_ptr<ContextQueue> queue);
+  [[nodiscard]] static std::shared_ptr<ManagedObjectContext> make(ConcurrencyType type);
+  [[nodiscard]] static std::shared_ptr<ManagedObjectContext> make(ConcurrencyType type,
+                                                                  std::unique_ptr<ContextQueue> queue);
   virtual ~ManagedObjectContext();
   ManagedObjectContext(const ManagedObjectContext&) = delete;
   ManagedObjectContext& operator=(const ManagedObjectContext&) = delete;
@@ -122,7 +123,7 @@ class ManagedObjectContext : public std::enable_shared_from_this<ManagedObjectCo
   void deleteObject(const std::shared_ptr<ManagedObject>& object);
   // The registered object, or a fault for id; never touches the store.
   std::shared_ptr<ManagedObject> objectWithID(const ManagedObjectID& id);
-  std::shared_ptr<ManagedObject> objectRegisteredForID(const ManagedObjectID& id) const;
+  [[nodiscard]] std::shared_ptr<ManagedObject> objectRegisteredForID(const ManagedObjectID& id) const;
   // The object, loaded; throws 133000 when it is gone or deleted here.
   std::shared_ptr<ManagedObject> existingObjectWithID(const ManagedObjectID& id);
   void obtainPermanentIDs(const std::vector<std::shared_ptr<ManagedObject>>& objects);

@@ -135,7 +135,7 @@ class EntityDescription {
 
   // The entity of that name in the model of the context's coordinator, or
   // null when there is none.
-  static const EntityDescription* entityForName(std::string_view name, const ManagedObjectContext& context);
+  [[nodiscard]] static const EntityDescription* entityForName(std::string_view name, const ManagedObjectContext& context);
 
  private:
   friend class ManagedObjectModel;
@@ -157,11 +157,11 @@ class EntityDescription {
 class ManagedObjectModel : public std::enable_shared_from_this<ManagedObjectModel> {
  public:
   // The model in "<directory>/<name>.kmodel".
-  static std::shared_ptr<const ManagedObjectModel> loadNamed(std::string_view name,
+  [[nodiscard]] static std::shared_ptr<const ManagedObjectModel> loadNamed(std::string_view name,
                                                              const std::filesystem::path& directory);
-  static std::shared_ptr<const ManagedObjectModel> fromURL(const std::filesystem::path& url);
+  [[nodiscard]] static std::shared_ptr<const ManagedObjectModel> fromURL(const std::filesystem::path& url);
   // The model described by JSON text; fails with fileReadCorruptFile.
-  static std::shared_ptr<const ManagedObjectModel> fromJSON(std::string_view text);
+  [[nodiscard]] static std::shared_ptr<const ManagedObjectModel> fromJSON(std::string_view text);
 
   ManagedObjectModel(const ManagedObjectModel&) = delete;
   ManagedObjectModel& operator=(const ManagedObjectModel&) = delete;
@@ -169,7 +169,7 @@ class ManagedObjectModel : public std::enable_shared_from_this<ManagedObjectMode
   const std::map<std::string, const EntityDescription*, std::less<>>& entitiesByName() const noexcept {
     return entitiesByName_;
   }
-  const EntityDescription* entity(std::string_view name) const noexcept;
+  [[nodiscard]] const EntityDescription* entity(std::string_view name) const noexcept;
   // Entities in the order of the file.
   const std::vector<std::unique_ptr<EntityDescription>>& entities() const noexcept { return entities_; }
 

@@ -29,7 +29,7 @@ class ValueTransformer {
   // transformer removes the name.
   static void setValueTransformer(std::shared_ptr<const ValueTransformer> transformer, std::string name);
   // The transformer registered under name, or null.
-  static std::shared_ptr<const ValueTransformer> valueTransformerForName(std::string_view name);
+  [[nodiscard]] static std::shared_ptr<const ValueTransformer> valueTransformerForName(std::string_view name);
 };
 
 }  // namespace kestrona

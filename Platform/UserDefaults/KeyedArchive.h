@@ -46,11 +46,11 @@ struct KeyedArchive {
 
   // The archive of rootObject (none archives nothing) as an object of
   // className.
-  static PropertyValue::Data archivedData(const std::optional<PropertyValue>& rootObject, std::string_view className);
+  [[nodiscard]] static PropertyValue::Data archivedData(const std::optional<PropertyValue>& rootObject, std::string_view className);
 
   // The object in data, which must be an archive of className; none when it
   // holds nothing. Throws KeyedArchiveError.
-  static std::optional<PropertyValue> unarchivedObject(std::string_view className, const PropertyValue::Data& data);
+  [[nodiscard]] static std::optional<PropertyValue> unarchivedObject(std::string_view className, const PropertyValue::Data& data);
 };
 
 }  // namespace kestrona

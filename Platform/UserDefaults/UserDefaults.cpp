@@ -22,6 +22,7 @@
 #include "Platform/Foundation/FatalError.h"
 #include "Platform/Logging/Logger.h"
 #include "Platform/UserDefaults/PropertyValueCoding.h"
+#include "Platform/UserDefaults/UserDefaultsError.h"
 
 namespace kestrona {
 
@@ -262,17 +263,26 @@ PropertyValue::Dictionary UserDefaults::readFileLocked() {
   return {};
 }
 
-bool UserDefaults::writeFileLocked(const PropertyValue::Dictionary& values) {
-  const std::filesystem::path file = fileURL();
+void UserDefaults::writeFileLocked(const PropertyValue::Dictionary& values) {
+  const std::filesystem::path file = directory_.empty() ? std::filesystem::path() : fileURL();
+  // Reported to the log, for callers that cannot act on the error, and thrown.
+  auto fail = [&](UserDefaultsErrorCode code, const std::string& message, int error) {
+    Logger::Metadata metadata{{"domain", domain_}, {"file", file.string()}};
+    std::shared_ptr<const Error> underlying;
+    if (error != 0) {
+      metadata.emplace("error", std::strerror(error));
+      underlying = std::make_shared<Error>("NSPOSIXErrorDomain", error, std::strerror(error));
+    }
+    logError(message, metadata);
+    throw UserDefaultsError(code, message, file.string(), std::move(underlying));
+  };
   if (directory_.empty()) {
-    logError("No directory for user defaults: neither XDG_CONFIG_HOME nor a home directory is known",
-             {{"domain", domain_}});
-    return false;
+    fail(UserDefaultsErrorCode::noDirectory,
+         "No directory for user defaults: neither XDG_CONFIG_HOME nor a home directory is known", 0);
   }
   if (fileMustNotBeReplaced_) {
-    logError("User defaults not written: the file in place could not be read or kept aside",
-             {{"domain", domain_}, {"file", file.string()}});
-    return false;
+    fail(UserDefaultsErrorCode::fileNotReplaceable,
+         "User defaults not written: the file in place could not be read or kept aside", 0);
   }
 
   nlohmann::json encoded = nlohmann::json::object();
@@ -293,11 +303,7 @@ bool UserDefaults::writeFileLocked(const PropertyValue::Dictionary& values) {
   std::filesystem::create_directories(directory_, directoryError);
   std::string temporary = (directory_ / ("." + domain_ + ".json.XXXXXX")).string();
   const int descriptor = ::mkstemp(temporary.data());
-  if (descriptor < 0) {
-    logError("Cannot create a temporary user defaults file",
-             {{"domain", domain_}, {"file", file.string()}, {"error", std::strerror(errno)}});
-    return false;
-  }
+  if (descriptor < 0) fail(UserDefaultsErrorCode::writeFailed, "Cannot create a temporary user defaults file", errno);
   ::fchmod(descriptor, S_IRUSR | S_IWUSR);
   const bool written = writeAll(descriptor, text) && ::fsync(descriptor) == 0;
   const int writeError = errno;
@@ -305,9 +311,7 @@ bool UserDefaults::writeFileLocked(const PropertyValue::Dictionary& values) {
   if (!written || ::rename(temporary.c_str(), file.c_str()) != 0) {
     const int error = written ? errno : writeError;
     ::unlink(temporary.c_str());
-    logError("Cannot write the user defaults file",
-             {{"domain", domain_}, {"file", file.string()}, {"error", std::strerror(error)}});
-    return false;
+    fail(UserDefaultsErrorCode::writeFailed, "Cannot write the user defaults file", error);
   }
   // Make the rename itself durable.
   const int directoryDescriptor = ::open(directory_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
@@ -315,15 +319,14 @@ bool UserDefaults::writeFileLocked(const PropertyValue::Dictionary& values) {
     ::fsync(directoryDescriptor);
     ::close(directoryDescriptor);
   }
-  return true;
 }
 
-bool UserDefaults::synchronize() {
+void UserDefaults::synchronize() {
   std::lock_guard lock(mutex_);
   PropertyValue::Dictionary merged = readFileLocked();
   if (changedKeys_.empty()) {
     values_ = std::move(merged);
-    return true;
+    return;
   }
   for (const std::string& key : changedKeys_) {
     auto mine = values_.find(key);
@@ -333,10 +336,9 @@ bool UserDefaults::synchronize() {
       merged.insert_or_assign(key, mine->second);
     }
   }
-  const bool written = writeFileLocked(merged);
-  values_ = std::move(merged);
-  if (written) changedKeys_.clear();
-  return written;
+  values_ = merged;
+  writeFileLocked(merged);
+  changedKeys_.clear();
 }
 
 const PropertyValue* UserDefaults::findLocked(std::string_view key) const {

@@ -36,8 +36,8 @@
 // by a newer version of the format is reported to the log, renamed aside to
 // "<domain>.damaged-<n>.json" with the first n that names no existing file,
 // and read as empty. It is never overwritten and never a crash. A failure to
-// write is reported to the log and makes synchronize() return false; the
-// changes stay pending for the next attempt.
+// write is reported to the log and thrown as a UserDefaultsError that says
+// why (UserDefaultsError.h); the changes stay pending for the next attempt.
 //
 // Threading: every member may be called from any thread; an instance
 // serialises its callers with a lock of its own. Two processes writing the
@@ -57,6 +57,7 @@
 
 #include "Platform/Time/Date.h"
 #include "Platform/UserDefaults/PropertyValue.h"
+#include "Platform/UserDefaults/UserDefaultsError.h"
 
 namespace kestrona {
 
@@ -70,11 +71,11 @@ class UserDefaults {
   static std::shared_ptr<UserDefaults> standard();
   // The shared instance of domain; null when domain cannot name a file (it
   // is empty, ".", "..", or contains "/" or a NUL character).
-  static std::shared_ptr<UserDefaults> forDomain(std::string_view domain);
+  [[nodiscard]] static std::shared_ptr<UserDefaults> forDomain(std::string_view domain);
   // An unshared instance of domain over a file in directory; null for a bad
   // domain name. Two instances over one file see each other's changes only
   // after synchronize().
-  static std::shared_ptr<UserDefaults> make(std::string_view domain, std::filesystem::path directory);
+  [[nodiscard]] static std::shared_ptr<UserDefaults> make(std::string_view domain, std::filesystem::path directory);
 
   // Names the standard domain; call before the first standard(). An empty
   // name restores the default, the executable's file name.
@@ -117,16 +118,16 @@ class UserDefaults {
   void removeObject(std::string_view key);
 
   // Reads the file again and writes this instance's changes into it, as
-  // above. True when the file holds them afterwards, or there was nothing to
-  // write; false when writing failed.
-  bool synchronize();
+  // above; with nothing to write it only reads. Throws UserDefaultsError
+  // when writing failed.
+  void synchronize();
 
  private:
   UserDefaults(std::string domain, std::filesystem::path directory);
 
   // The values in the file; empty when it is missing, damaged or unreadable.
   PropertyValue::Dictionary readFileLocked();
-  bool writeFileLocked(const PropertyValue::Dictionary& values);
+  void writeFileLocked(const PropertyValue::Dictionary& values);
   const PropertyValue* findLocked(std::string_view key) const;
 
   const std::string domain_;

@@ -60,7 +60,12 @@ ColorSet ColorSetManager::nextColorSet() {
   const std::int64_t next = (counter + 1) % static_cast<std::int64_t>(colorSets_.size());
   initiationCounter_ = next;
   defaults_->set(next, kInitiationCounterKey);
-  defaults_->synchronize();
+  try {
+    defaults_->synchronize();
+  } catch (const UserDefaultsError&) {
+    // The defaults logged why; the new counter stays pending in them and is
+    // written at their next synchronize, at the latest when the process ends.
+  }
   return set;
 }
 

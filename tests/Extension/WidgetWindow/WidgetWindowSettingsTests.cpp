@@ -54,7 +54,7 @@ TEST(WidgetWindowSettingsTest, KeepsTheChoiceAndSizeAndReadsOnlyWhatTheBundleCan
   const WidgetWindowSettings kept{{{"monthlyRevenueChart", Family::systemSmall}, {"timer", Family::systemMedium}},
                                   Size{800, 420}};
   kept.write(*defaults);
-  ASSERT_TRUE(defaults->synchronize());
+  ASSERT_NO_THROW(defaults->synchronize());
   EXPECT_EQ(WidgetWindowSettings::read(*UserDefaults::make("window", directory.path()), widgets), kept);
 
   using Dictionary = PropertyValue::Dictionary;

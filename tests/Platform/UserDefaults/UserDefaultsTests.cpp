@@ -1,9 +1,6 @@
 #include "Platform/UserDefaults/UserDefaults.h"
 
 #include <gtest/gtest.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -14,9 +11,8 @@
 
 #include "Platform/Logging/LogHandler.h"
 #include "Platform/Logging/LoggingSystem.h"
+#include "tests/support/ChildTestProcess.h"
 #include "tests/support/TemporaryDirectory.h"
-
-extern char** environ;
 
 namespace kestrona {
 namespace {
@@ -28,6 +24,18 @@ using testing::writeFile;
 
 // Keeps every error the user defaults log, so that tests can see a damaged
 // file being reported.
+// Why synchronize() wrote nothing; a synchronize that wrote fails the test.
+UserDefaultsErrorCode synchronizeFailure(UserDefaults& defaults) {
+  try {
+    defaults.synchronize();
+  } catch (const UserDefaultsError& error) {
+    EXPECT_NE(error.userInfoValue<std::string>(UserDefaultsError::kFilePathKey), nullptr);
+    return error.kind();
+  }
+  ADD_FAILURE() << "synchronize() wrote";
+  return UserDefaultsErrorCode::noDirectory;
+}
+
 class RecordingHandler final : public LogHandler {
  public:
   struct Entry {
@@ -150,7 +158,7 @@ TEST_F(UserDefaultsTest, SynchronizedValuesReadBackWithTheirTypes) {
     for (const auto& [key, value] : values) writer->set(value, key);
     writer->set("gone", "removed");
     writer->removeObject("removed");
-    ASSERT_TRUE(writer->synchronize());
+    ASSERT_NO_THROW(writer->synchronize());
   }
   EXPECT_EQ(fresh()->dictionaryRepresentation(), values);
   EXPECT_EQ(*fresh()->dateForKey("date"), Date(1700000000.5));
@@ -161,7 +169,7 @@ TEST_F(UserDefaultsTest, TextThatIsNotUTF8DoesNotKeepOtherChangesFromTheFile) {
   writer->set(std::string("ab\xFF"), "bad value");
   writer->set(1, std::string("bad key \xC3"));
   writer->set(7, "good");
-  EXPECT_TRUE(writer->synchronize());
+  EXPECT_NO_THROW(writer->synchronize());
   EXPECT_FALSE(recordingHandler().take().empty());
 
   const auto reader = fresh();
@@ -169,7 +177,7 @@ TEST_F(UserDefaultsTest, TextThatIsNotUTF8DoesNotKeepOtherChangesFromTheFile) {
   EXPECT_EQ(reader->stringForKey("bad value"), "ab\uFFFD");
   EXPECT_EQ(reader->integerForKey("bad key \uFFFD"), 1);
   // Nothing is left pending: the next synchronize has nothing to write.
-  EXPECT_TRUE(writer->synchronize());
+  EXPECT_NO_THROW(writer->synchronize());
   EXPECT_EQ(writer->stringForKey("bad value"), "ab\uFFFD");
 }
 
@@ -183,14 +191,14 @@ TEST_F(UserDefaultsTest, SynchronizeKeepsOtherInstancesChangesToOtherKeys) {
   const auto second = fresh();
   first->set(1, "first");
   first->set("old", "shared");
-  ASSERT_TRUE(first->synchronize());
+  ASSERT_NO_THROW(first->synchronize());
   second->set(2, "second");
   second->set("new", "shared");
-  ASSERT_TRUE(second->synchronize());
+  ASSERT_NO_THROW(second->synchronize());
   EXPECT_EQ(second->integerForKey("first"), 1);
 
   first->removeObject("second");
-  ASSERT_TRUE(first->synchronize());
+  ASSERT_NO_THROW(first->synchronize());
   EXPECT_EQ(first->stringForKey("shared"), "new");
 
   const auto reader = fresh();
@@ -204,12 +212,13 @@ TEST_F(UserDefaultsTest, AFailedWriteKeepsTheChangesForTheNextSynchronize) {
   writeFile(directory(), "in the way");
   const auto defaults = fresh();
   defaults->set(7, "kept");
-  EXPECT_FALSE(defaults->synchronize());
+  // The file cannot even be read there, so it is not replaced.
+  EXPECT_EQ(synchronizeFailure(*defaults), UserDefaultsErrorCode::fileNotReplaceable);
   EXPECT_EQ(defaults->integerForKey("kept"), 7);
   EXPECT_FALSE(recordingHandler().take().empty());
 
   std::filesystem::remove(directory());
-  EXPECT_TRUE(defaults->synchronize());
+  EXPECT_NO_THROW(defaults->synchronize());
   EXPECT_EQ(fresh()->integerForKey("kept"), 7);
   // Only the domain's file is left: no temporary files.
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(directory()), {}), 1);
@@ -229,7 +238,7 @@ TEST_F(UserDefaultsTest, ConcurrentWritersLoseNothing) {
     });
   }
   for (std::thread& thread : threads) thread.join();
-  ASSERT_TRUE(defaults->synchronize());
+  ASSERT_NO_THROW(defaults->synchronize());
   EXPECT_EQ(fresh()->dictionaryRepresentation().size(), 200u);
 }
 
@@ -276,7 +285,7 @@ TEST_F(DamagedUserDefaultsTest, WritingAfterDamageLeavesTheKeptCopyAlone) {
   writeFile(file(), "{\"version\": 1, \"values\": {\"a\": tru");
   const auto defaults = fresh();
   defaults->set(true, "a");
-  ASSERT_TRUE(defaults->synchronize());
+  ASSERT_NO_THROW(defaults->synchronize());
   EXPECT_TRUE(fresh()->boolForKey("a"));
   EXPECT_EQ(readFile(kept(1)), "{\"version\": 1, \"values\": {\"a\": tru");
 }
@@ -285,7 +294,7 @@ TEST_F(DamagedUserDefaultsTest, DamageFoundAtSynchronizeIsKeptAsideToo) {
   const auto defaults = fresh();
   defaults->set(1, "mine");
   writeFile(file(), "garbage");
-  ASSERT_TRUE(defaults->synchronize());
+  ASSERT_NO_THROW(defaults->synchronize());
   EXPECT_EQ(readFile(kept(1)), "garbage");
   EXPECT_EQ(fresh()->integerForKey("mine"), 1);
 }
@@ -296,7 +305,7 @@ TEST_F(DamagedUserDefaultsTest, AFileThatCannotBeReadIsNeverReplaced) {
   const auto defaults = fresh();
   EXPECT_TRUE(defaults->dictionaryRepresentation().empty());
   defaults->set(1, "a");
-  EXPECT_FALSE(defaults->synchronize());
+  EXPECT_EQ(synchronizeFailure(*defaults), UserDefaultsErrorCode::fileNotReplaceable);
   EXPECT_EQ(readFile(file() / "precious"), "kept");
   EXPECT_FALSE(std::filesystem::exists(kept(1)));
   EXPECT_GE(recordingHandler().take().size(), 2u);
@@ -335,29 +344,16 @@ TEST_F(UserDefaultsTest, AStandardDomainThatCannotNameAFileEndsTheProcess) {
   UserDefaults::setStandardDomain("");
 }
 
-// Runs this executable again with only the named test, in the current
-// environment plus the child marker, and gives its exit status.
-int runChildTest(const std::string& testName) {
-  const std::string executable = std::filesystem::read_symlink("/proc/self/exe").string();
-  const std::string filter = "--gtest_filter=" + testName;
-  char* const arguments[] = {const_cast<char*>(executable.c_str()), const_cast<char*>(filter.c_str()), nullptr};
-  ScopedEnvironment marker;
-  marker.set("KESTRONA_USERDEFAULTS_CHILD", "1");
-  pid_t child = 0;
-  if (posix_spawn(&child, executable.c_str(), nullptr, nullptr, arguments, environ) != 0) return -1;
-  int status = 0;
-  if (waitpid(child, &status, 0) != child || !WIFEXITED(status)) return -1;
-  return WEXITSTATUS(status);
-}
-
 TEST_F(UserDefaultsTest, ValuesSurviveARestartOfTheProcess) {
   const auto defaults = UserDefaults::forDomain("restart");
   defaults->set(18, "counter");
   defaults->set(PropertyValue::Array{"store-a", "store-b"}, "stores");
-  ASSERT_TRUE(defaults->synchronize());
-  EXPECT_EQ(runChildTest("UserDefaultsChildProcess.ReadsWhatTheParentWrote"), 0);
+  ASSERT_NO_THROW(defaults->synchronize());
+  EXPECT_EQ(testing::ChildTestProcess("UserDefaultsChildProcess.ReadsWhatTheParentWrote", "KESTRONA_USERDEFAULTS_CHILD")
+                .wait(),
+            0);
   // And what the child wrote is here after synchronize().
-  ASSERT_TRUE(defaults->synchronize());
+  ASSERT_NO_THROW(defaults->synchronize());
   EXPECT_EQ(defaults->stringForKey("child"), "was here");
 }
 
@@ -367,7 +363,7 @@ TEST(UserDefaultsChildProcess, ReadsWhatTheParentWrote) {
   EXPECT_EQ(defaults->integerForKey("counter"), 18);
   EXPECT_EQ(defaults->stringArrayForKey("stores"), (std::vector<std::string>{"store-a", "store-b"}));
   defaults->set("was here", "child");
-  EXPECT_TRUE(defaults->synchronize());
+  EXPECT_NO_THROW(defaults->synchronize());
 }
 
 }  // namespace

@@ -27,7 +27,7 @@ class ColorSetManagerTest : public ::testing::Test {
   void storeCounter(std::int64_t counter) const {
     const auto defaults = storedDefaults();
     defaults->set(counter, ColorSetManager::kInitiationCounterKey);
-    ASSERT_TRUE(defaults->synchronize());
+    ASSERT_NO_THROW(defaults->synchronize());
   }
 
   TemporaryDirectory home_;
@@ -90,7 +90,7 @@ TEST_F(ColorSetManagerTest, RotationContinuesAcrossARestart) {
   EXPECT_EQ(restarted.nextColorSet().id(), ID::green2);
   // The shared standard defaults of this process see that write once they
   // synchronise.
-  ASSERT_TRUE(UserDefaults::standard()->synchronize());
+  ASSERT_NO_THROW(UserDefaults::standard()->synchronize());
   ColorSetManager again;
   EXPECT_EQ(again.nextColorSet().id(), ID::pink);
 }
