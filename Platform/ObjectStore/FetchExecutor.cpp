@@ -1,6 +1,7 @@
 #include "Platform/ObjectStore/FetchExecutor.h"
 
 #include <algorithm>
+#include <deque>
 
 #include "Platform/Foundation/FatalError.h"
 #include "Platform/ObjectStore/ManagedObjectContext.h"
@@ -136,26 +137,30 @@ std::vector<std::shared_ptr<ManagedObject>> FetchExecutor::objects() {
                     compiler_.fromClause() + whereClause() + orderClause();
   if (request_.fetchLimit > 0) sql += " LIMIT " + std::to_string(request_.fetchLimit);
 
+  // Rows are registered as objects once the connection's lock is free; a
+  // deque holds them meanwhile without copying them as it grows.
   struct Row {
-    ManagedObjectID id;
+    std::int64_t key = 0;
+    const EntityDescription* entity = nullptr;
     std::vector<Value> values;
     std::int64_t version = 0;
   };
-  std::vector<Row> rows;
+  std::deque<Row> rows;
+  StoreConnection::DecodedIDs decoded;
   connection_.query(sql, compiler_.bindings(), [&](const SQLiteStatement& row) {
-    auto id = connection_.objectID(row.int64(1), row.int64(0));
-    if (!id) return;
-    const auto& entity = id->entity();
-    rows.push_back({std::move(*id), values ? connection_.decodeRow(entity, row) : std::vector<Value>(),
-                    values ? connection_.decodeVersion(entity, row) : 0});
+    const auto* entity = connection_.schema().entityForCode(row.int64(1));
+    if (!entity) return;
+    rows.push_back({row.int64(0), entity, values ? connection_.decodeRow(*entity, row, 0, &decoded) : std::vector<Value>(),
+                    values ? connection_.decodeVersion(*entity, row) : 0});
   });
   std::vector<std::shared_ptr<ManagedObject>> result;
   result.reserve(rows.size() + candidates_.size());
-  for (auto& row : rows) {
-    result.push_back(
-        context_.registerFetched(row.id, std::move(row.values), row.version, request_.returnsObjectsAsFaults));
+  while (!rows.empty()) {
+    auto& row = rows.front();
+    auto id = ManagedObjectID::permanent(connection_.storeIdentifier(), row.entity->entityPointer(), row.key);
+    result.push_back(context_.registerFetched(id, std::move(row.values), row.version, request_.returnsObjectsAsFaults));
+    rows.pop_front();
   }
-  rows.clear();
   auto matching = matchingCandidates();
   if (!matching.empty()) {
     result.insert(result.end(), matching.begin(), matching.end());

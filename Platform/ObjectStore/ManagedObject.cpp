@@ -29,45 +29,6 @@ ClassRegistry& classRegistry() {
 }
 
 }  // namespace
-
-// One observer of a key path. firstKey is the key on this object; rest, when
-// not empty, is observed on the destination of firstKey through child.
-struct ManagedObject::Observation {
-  std::uint64_t id = 0;
-  std::string keyPath;
-  std::string firstKey;
-  std::string rest;
-  KeyValueObservingOptions options = 0;
-  ObservationCallback callback;
-  bool active = true;
-  // Open will-change announcements that touch this observer, and the value
-  // before the outermost of them.
-  int depth = 0;
-  Value oldValue;
-  KeyValueObservation child;
-};
-
-// The observers of one object; made on the first observe(). The lock keeps
-// the list whole when a KeyValueObservation is dropped on another thread;
-// callbacks run without it.
-struct ManagedObject::ObservationInfo {
-  std::mutex mutex;
-  std::vector<std::shared_ptr<Observation>> observations;
-  std::uint64_t nextID = 1;
-
-  std::vector<std::shared_ptr<Observation>> snapshot() {
-    std::lock_guard lock(mutex);
-    return observations;
-  }
-};
-
-ManagedObject::ManagedObject(Construction construction)
-    : entity_(construction.entity_),
-      context_(construction.context_),
-      objectID_(std::move(construction.objectID_)) {}
-
-ManagedObject::~ManagedObject() = default;
-
 void ManagedObject::setClassForEntityName(std::string entityName, Factory factory) {
   auto& registry = classRegistry();
   std::lock_guard lock(registry.mutex);
@@ -105,7 +66,7 @@ std::shared_ptr<ManagedObject> ManagedObject::insertNewObjectForEntityForName(st
 
 bool ManagedObject::isUpdated() const {
   if (inserted_ || deleted_ || state_ != FaultingState::loaded) return false;
-  return values_ != committed_;
+  return committed_ && values_ != *committed_;
 }
 
 bool ManagedObject::hasChanges() const { return inserted_ || deleted_ || isUpdated(); }
@@ -120,7 +81,7 @@ void ManagedObject::requireUsable() const {
 
 void ManagedObject::fireFault() {
   if (state_ != FaultingState::fault) return;
-  if (values_.size() == entity_->slotCount() && committed_.size() == values_.size()) {
+  if (values_.size() == entity_->slotCount()) {
     state_ = FaultingState::loaded;
     return;
   }
@@ -131,11 +92,34 @@ void ManagedObject::fireFault() {
                      "The object " + objectID_.description() + " is gone from the store",
                      {{StoreError::kObjectURIKey, objectID_.URIRepresentation()}});
   }
-  committed_ = row->values;
-  values_ = std::move(row->values);
+  takeRow(std::move(row->values));
   version_ = row->version;
   state_ = FaultingState::loaded;
 }
+
+void ManagedObject::keepCommitted() {
+  if (!committed_) committed_ = std::make_unique<std::vector<Value>>(values_);
+}
+
+void ManagedObject::takeRow(std::vector<Value> row) {
+  values_ = std::move(row);
+  committed_.reset();
+}
+
+void ManagedObject::setCommitted(std::vector<Value> row) {
+  if (row == values_) {
+    committed_.reset();
+  } else {
+    committed_ = std::make_unique<std::vector<Value>>(std::move(row));
+  }
+}
+
+void ManagedObject::clearValues() noexcept {
+  values_.clear();
+  committed_.reset();
+}
+
+void ManagedObject::commitNothing() { committed_ = std::make_unique<std::vector<Value>>(values_.size()); }
 
 const Value& ManagedObject::slotValue(std::size_t slot) {
   fireFault();
@@ -145,6 +129,7 @@ const Value& ManagedObject::slotValue(std::size_t slot) {
 
 void ManagedObject::setSlot(std::size_t slot, Value value) {
   fireFault();
+  keepCommitted();
   values_[slot] = std::move(value);
   if (context_) context_->noteChanged(*this);
 }
@@ -320,7 +305,7 @@ std::vector<std::shared_ptr<ManagedObject>> ManagedObject::toMany(const Relation
     }
     if (object->state_ != FaultingState::loaded) continue;
     bool now = object->values_[inverse.slot()] == self;
-    bool before = object->committed_[inverse.slot()] == self;
+    bool before = object->committedValues()[inverse.slot()] == self;
     if (now) {
       members.insert(object->objectID_);
     } else if (before) {
@@ -375,17 +360,18 @@ std::vector<std::shared_ptr<ManagedObject>> ManagedObject::objectsForKey(std::st
 
 std::map<std::string, Value> ManagedObject::changedValues() const {
   std::map<std::string, Value> changes;
+  const auto& committed = committedValues();
   if (state_ != FaultingState::loaded && !(state_ == FaultingState::unusable && !values_.empty())) return changes;
   for (const auto& [name, attribute] : entity_->attributesByName()) {
     auto slot = attribute->slot();
-    if (!(values_[slot] == committed_[slot]) || values_[slot].isNil() != committed_[slot].isNil()) {
+    if (!(values_[slot] == committed[slot]) || values_[slot].isNil() != committed[slot].isNil()) {
       changes[name] = values_[slot];
     }
   }
   for (const auto& [name, relationship] : entity_->relationshipsByName()) {
     if (relationship->isToMany()) continue;
     auto slot = relationship->slot();
-    if (!(values_[slot] == committed_[slot])) changes[name] = values_[slot];
+    if (!(values_[slot] == committed[slot])) changes[name] = values_[slot];
   }
   return changes;
 }
@@ -393,7 +379,8 @@ std::map<std::string, Value> ManagedObject::changedValues() const {
 std::map<std::string, Value> ManagedObject::committedValuesForKeys(const std::vector<std::string>& keys) const {
   if (state_ == FaultingState::fault) const_cast<ManagedObject*>(this)->fireFault();
   std::map<std::string, Value> result;
-  auto committed = [&](std::size_t slot) { return slot < committed_.size() ? committed_[slot] : Value(); };
+  const auto& stored = committedValues();
+  auto committed = [&](std::size_t slot) { return slot < stored.size() ? stored[slot] : Value(); };
   auto add = [&](const std::string& key) {
     if (auto attribute = entity_->attribute(key)) {
       result[key] = committed(attribute->slot());
@@ -419,162 +406,6 @@ std::map<std::string, Value> ManagedObject::snapshotOf(const std::vector<Value>&
   }
   return result;
 }
-
-void ManagedObject::assignValues(std::vector<Value> values) {
-  if (!observation_ || values_.size() != values.size()) {
-    values_ = std::move(values);
-    return;
-  }
-  std::vector<std::string> changed;
-  for (const auto& [name, attribute] : entity_->attributesByName()) {
-    if (!(values_[attribute->slot()] == values[attribute->slot()])) changed.push_back(name);
-  }
-  for (const auto& [name, relationship] : entity_->relationshipsByName()) {
-    if (!relationship->isToMany() && !(values_[relationship->slot()] == values[relationship->slot()])) {
-      changed.push_back(name);
-    }
-  }
-  for (const auto& key : changed) willChangeValueForKey(key);
-  values_ = std::move(values);
-  for (auto key = changed.rbegin(); key != changed.rend(); ++key) didChangeValueForKey(*key);
-}
-
-std::vector<std::string> ManagedObject::keyPathsForValuesAffectingValueForKey(std::string_view) const { return {}; }
-
-bool ManagedObject::triggers(std::string_view observedKey, std::string_view changedKey, int depth) const {
-  if (observedKey == changedKey) return true;
-  // Dependencies are declared by hand; a cycle among them must not recurse forever.
-  if (depth > 8) return false;
-  for (const auto& path : keyPathsForValuesAffectingValueForKey(observedKey)) {
-    std::string_view first = std::string_view(path).substr(0, path.find('.'));
-    if (triggers(first, changedKey, depth + 1)) return true;
-  }
-  return false;
-}
-
-KeyValueObservation ManagedObject::observe(std::string keyPath, KeyValueObservingOptions options,
-                                           ObservationCallback callback) {
-  // A change is told with the value before it, so an observed object holds
-  // its values: a fault loads now, or a merge would refresh it unheard. A
-  // row already gone leaves it a fault, which fails at its first access.
-  if (state_ == FaultingState::fault && context_ != nullptr) {
-    try {
-      fireFault();
-    } catch (const StoreError&) {
-    }
-  }
-  if (!observation_) observation_ = std::make_unique<ObservationInfo>();
-  auto observation = std::make_shared<Observation>();
-  auto dot = keyPath.find('.');
-  observation->firstKey = keyPath.substr(0, dot);
-  if (dot != std::string::npos) observation->rest = keyPath.substr(dot + 1);
-  observation->keyPath = std::move(keyPath);
-  observation->options = options;
-  observation->callback = std::move(callback);
-  {
-    std::lock_guard lock(observation_->mutex);
-    observation->id = observation_->nextID++;
-    observation_->observations.push_back(observation);
-  }
-  attachChild(observation);
-  KeyValueObservation token(weak_from_this(), observation->id, &ManagedObject::removeObservationOf);
-  if (options & KeyValueObservingOption::initial) {
-    KeyValueChange change;
-    change.keyPath = observation->keyPath;
-    change.object = this;
-    if (options & KeyValueObservingOption::newValue) change.newValue = valueForKeyPathOrNil(observation->keyPath);
-    observation->callback(change);
-  }
-  return token;
-}
-
-void ManagedObject::removeObservationOf(void* object, std::uint64_t id) noexcept {
-  static_cast<ManagedObject*>(object)->removeObservation(id);
-}
-
-void ManagedObject::removeObservation(std::uint64_t id) noexcept {
-  if (!observation_) return;
-  std::shared_ptr<Observation> removed;
-  {
-    std::lock_guard lock(observation_->mutex);
-    auto& list = observation_->observations;
-    auto found = std::find_if(list.begin(), list.end(), [id](const auto& entry) { return entry->id == id; });
-    if (found == list.end()) return;
-    removed = *found;
-    removed->active = false;
-    list.erase(found);
-  }
-  // Dropped outside the lock: the child's removal takes its own object's lock.
-  removed->child.invalidate();
-}
-
-void ManagedObject::attachChild(const std::shared_ptr<Observation>& observation) {
-  observation->child.invalidate();
-  if (observation->rest.empty() || !observation->active) return;
-  std::shared_ptr<ManagedObject> destination;
-  try {
-    if (entity_->relationship(observation->firstKey)) destination = objectForKey(observation->firstKey);
-  } catch (const StoreError&) {
-    // A destination that cannot be read has nothing to observe.
-  }
-  if (!destination) return;
-  // The destination's changes along the rest of the path reach this
-  // observer as changes of the whole path on this object.
-  std::weak_ptr<Observation> weak = observation;
-  ManagedObject* self = this;
-  auto forward = [weak, self](const KeyValueChange& inner) {
-    auto outer = weak.lock();
-    if (!outer || !outer->active) return;
-    KeyValueChange change = inner;
-    change.keyPath = outer->keyPath;
-    change.object = self;
-    outer->callback(change);
-  };
-  auto options = observation->options & ~KeyValueObservingOption::initial;
-  observation->child = destination->observe(observation->rest, options, std::move(forward));
-}
-
-void ManagedObject::willChangeValueForKey(std::string_view key) {
-  if (!observation_) return;
-  for (const auto& observation : observation_->snapshot()) {
-    if (!observation->active || !triggers(observation->firstKey, key)) continue;
-    if (observation->depth++ > 0) continue;
-    observation->oldValue = valueForKeyPathOrNil(observation->keyPath);
-    if (observation->options & KeyValueObservingOption::prior) notifyObservation(observation, true);
-  }
-}
-
-void ManagedObject::didChangeValueForKey(std::string_view key) {
-  if (!observation_) return;
-  for (const auto& observation : observation_->snapshot()) {
-    if (!observation->active || observation->depth == 0 || !triggers(observation->firstKey, key)) continue;
-    if (--observation->depth > 0) continue;
-    if (!observation->rest.empty() && observation->firstKey == key) attachChild(observation);
-    notifyObservation(observation, false);
-  }
-}
-
-void ManagedObject::notifyObservation(const std::shared_ptr<Observation>& observation, bool prior) {
-  KeyValueChange change;
-  change.keyPath = observation->keyPath;
-  change.object = this;
-  change.isPrior = prior;
-  if (observation->options & KeyValueObservingOption::oldValue) change.oldValue = observation->oldValue;
-  if (!prior && (observation->options & KeyValueObservingOption::newValue)) {
-    change.newValue = valueForKeyPathOrNil(observation->keyPath);
-  }
-  observation->callback(change);
-}
-
-Value ManagedObject::valueForKeyPathOrNil(std::string_view keyPath) {
-  if (!context_ || state_ == FaultingState::unusable) return Value();
-  try {
-    return valueForKeyPath(keyPath);
-  } catch (const StoreError&) {
-    return Value();
-  }
-}
-
 void ManagedObject::validateValue(Value& value, std::string_view key) const {
   bool optional = true;
   if (auto attribute = entity_->attribute(key)) {

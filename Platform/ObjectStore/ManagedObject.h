@@ -2,9 +2,10 @@
 //
 // A managed object belongs to the context that made or fetched it and is
 // used only on that context's queue; other threads pass its objectID().
-// It holds its committed values (as last read or saved) and its current
-// values, both in the entity's slot layout; changedValues() is the
-// difference. A fault has no values yet: its first access loads its row
+// It holds its current values in the entity's slot layout, and its
+// committed values (as last read or saved) apart only once a value changes:
+// an object that is only read keeps one copy of its row (a loaded session
+// is under 400 bytes). changedValues() is the difference. A fault has no values yet: its first access loads its row
 // (faultingState 1 → 0); if the row is gone by then, the access fails with
 // StoreError managedObjectReferentialIntegrity (133000).
 //
@@ -161,6 +162,19 @@ class ManagedObject : public std::enable_shared_from_this<ManagedObject> {
 
   void fireFault();
   void requireUsable() const;
+  const std::vector<Value>& committedValues() const noexcept { return committed_ ? *committed_ : values_; }
+  // Keeps the committed values apart before the current ones change.
+  void keepCommitted();
+  // Takes a row just read as both current and committed values.
+  void takeRow(std::vector<Value> row);
+  // Takes row as the committed values, the current ones staying.
+  void setCommitted(std::vector<Value> row);
+  // The current values become the committed ones (after a save).
+  void commit() noexcept { committed_.reset(); }
+  // A fault again: no values.
+  void clearValues() noexcept;
+  // An inserted object: all its committed values are nil.
+  void commitNothing();
   const Value& slotValue(std::size_t slot);
   void setSlot(std::size_t slot, Value value);
   void setToOne(const RelationshipDescription& relationship, const std::shared_ptr<ManagedObject>& destination);
@@ -186,8 +200,11 @@ class ManagedObject : public std::enable_shared_from_this<ManagedObject> {
   FaultingState state_ = FaultingState::fault;
   bool inserted_ = false;
   bool deleted_ = false;
-  std::vector<Value> committed_;
+  // The current values, and the values as last read or saved when they
+  // differ: most loaded objects are never changed, so they keep one copy
+  // (committedValues() is then values_ itself).
   std::vector<Value> values_;
+  std::unique_ptr<std::vector<Value>> committed_;
   // The row's version when this context read or last saved it; 0 unknown.
   std::int64_t version_ = 0;
   std::unique_ptr<ObservationInfo> observation_;

@@ -35,7 +35,7 @@ ManagedObjectContext::ManagedObjectContext(ConcurrencyType type, std::unique_ptr
 
 ManagedObjectContext::~ManagedObjectContext() {
   detachFromCoordinator();
-  for (auto& [id, object] : registry_) object->context_ = nullptr;
+  for (const auto& object : registry_) object->context_ = nullptr;
   for (auto& object : changed_) object->context_ = nullptr;
 }
 
@@ -104,26 +104,23 @@ std::shared_ptr<ManagedObject> ManagedObjectContext::insertNewObject(const Entit
   }
   auto id = ManagedObjectID::makeTemporary(coordinator->storeIdentifier(), entity->entityPointer());
   auto object = makeObject(*entity, id);
-  object->committed_.assign(entity->slotCount(), Value());
   object->values_.assign(entity->slotCount(), Value());
   for (const auto& [name, attribute] : entity->attributesByName()) {
     object->values_[attribute->slot()] = attribute->defaultValue();
   }
+  object->commitNothing();
   object->state_ = ManagedObject::FaultingState::loaded;
   object->inserted_ = true;
-  registry_[id] = object;
+  registry_.insert(object);
   changed_.insert(object);
   object->awakeFromInsert();
   return object;
 }
 
 std::shared_ptr<ManagedObject> ManagedObjectContext::objectRegisteredForID(const ManagedObjectID& id) const {
-  auto found = registry_.find(id);
-  if (found == registry_.end()) {
-    auto alias = permanentIDs_.find(id);
-    if (alias != permanentIDs_.end()) found = registry_.find(alias->second);
-  }
-  return found == registry_.end() ? nullptr : found->second;
+  if (auto object = registry_.find(id)) return object;
+  auto alias = permanentIDs_.find(id);
+  return alias == permanentIDs_.end() ? nullptr : registry_.find(alias->second);
 }
 
 std::shared_ptr<ManagedObject> ManagedObjectContext::objectWithID(const ManagedObjectID& id) {
@@ -133,7 +130,7 @@ std::shared_ptr<ManagedObject> ManagedObjectContext::objectWithID(const ManagedO
   auto entity = coordinator->managedObjectModel().entity(id.entity().name());
   precondition(entity != nullptr, "An object ID of another model");
   auto object = makeObject(*entity, id);
-  registry_[id] = object;
+  registry_.insert(object);
   return object;
 }
 
@@ -144,8 +141,7 @@ std::shared_ptr<ManagedObject> ManagedObjectContext::registerFetched(const Manag
   // A registered object keeps its own state: pending changes win over the
   // row just read.
   if (object->state_ == ManagedObject::FaultingState::fault && !values.empty()) {
-    object->committed_ = values;
-    object->values_ = std::move(values);
+    object->takeRow(std::move(values));
     object->version_ = version;
     if (!asFault) object->state_ = ManagedObject::FaultingState::loaded;
   }
@@ -277,12 +273,11 @@ void ManagedObjectContext::obtainPermanentIDs(const std::vector<std::shared_ptr<
 void ManagedObjectContext::applyPermanentIDs(const std::map<ManagedObjectID, ManagedObjectID>& permanentIDs) {
   if (permanentIDs.empty()) return;
   for (const auto& [temporary, permanent] : permanentIDs) {
-    auto found = registry_.find(temporary);
-    if (found == registry_.end()) continue;
-    auto object = found->second;
-    registry_.erase(found);
+    auto object = registry_.find(temporary);
+    if (!object) continue;
+    registry_.erase(temporary);
     object->objectID_ = permanent;
-    registry_[permanent] = object;
+    registry_.insert(object);
     permanentIDs_.insert_or_assign(temporary, permanent);
   }
   auto replace = [&permanentIDs](Value& value) {
@@ -291,11 +286,13 @@ void ManagedObjectContext::applyPermanentIDs(const std::map<ManagedObjectID, Man
       if (found != permanentIDs.end()) value = Value(found->second);
     }
   };
-  for (auto& [id, object] : registry_) {
+  for (const auto& object : registry_) {
     for (const auto& [name, relationship] : object->entity().relationshipsByName()) {
       if (relationship->isToMany()) continue;
       if (relationship->slot() < object->values_.size()) replace(object->values_[relationship->slot()]);
-      if (relationship->slot() < object->committed_.size()) replace(object->committed_[relationship->slot()]);
+      if (object->committed_ && relationship->slot() < object->committed_->size()) {
+        replace((*object->committed_)[relationship->slot()]);
+      }
     }
   }
 }
@@ -309,14 +306,13 @@ void ManagedObjectContext::refreshObject(const std::shared_ptr<ManagedObject>& o
     // stored values; any other becomes a fault and reloads when read.
     if (object->observation_ && object->state_ == ManagedObject::FaultingState::loaded) {
       if (auto row = loadValues(object->objectID_)) {
-        object->committed_ = row->values;
         object->version_ = row->version;
         object->assignValues(std::move(row->values));
+        object->commit();
         return;
       }
     }
-    object->values_.clear();
-    object->committed_.clear();
+    object->clearValues();
     object->state_ = ManagedObject::FaultingState::fault;
     return;
   }
@@ -324,17 +320,16 @@ void ManagedObjectContext::refreshObject(const std::shared_ptr<ManagedObject>& o
   if (!row) return;
   object->version_ = row->version;
   if (object->state_ != ManagedObject::FaultingState::loaded) {
-    object->committed_ = row->values;
-    object->values_ = std::move(row->values);
+    object->takeRow(std::move(row->values));
     object->state_ = ManagedObject::FaultingState::loaded;
     return;
   }
   std::vector<Value> merged = row->values;
   for (std::size_t slot = 0; slot < merged.size(); ++slot) {
-    if (!(object->values_[slot] == object->committed_[slot])) merged[slot] = object->values_[slot];
+    if (!(object->values_[slot] == object->committedValues()[slot])) merged[slot] = object->values_[slot];
   }
-  object->committed_ = std::move(row->values);
   object->assignValues(std::move(merged));
+  object->setCommitted(std::move(row->values));
 }
 
 bool ManagedObjectContext::hasChanges() const {
@@ -367,7 +362,7 @@ std::vector<std::shared_ptr<ManagedObject>> ManagedObjectContext::deletedObjects
 
 std::vector<std::shared_ptr<ManagedObject>> ManagedObjectContext::registeredObjects() const {
   std::vector<std::shared_ptr<ManagedObject>> result;
-  for (const auto& [id, object] : registry_) result.push_back(object);
+  for (const auto& object : registry_) result.push_back(object);
   return result;
 }
 void ManagedObjectContext::rollback() {
@@ -380,13 +375,16 @@ void ManagedObjectContext::rollback() {
       continue;
     }
     object->deleted_ = false;
-    if (object->state_ == ManagedObject::FaultingState::loaded) object->assignValues(object->committed_);
+    if (object->state_ == ManagedObject::FaultingState::loaded) {
+      object->assignValues(object->committedValues());
+      object->commit();
+    }
   }
   changed_.clear();
 }
 
 void ManagedObjectContext::reset() {
-  for (auto& [id, object] : registry_) {
+  for (const auto& object : registry_) {
     object->context_ = nullptr;
     object->state_ = ManagedObject::FaultingState::unusable;
   }

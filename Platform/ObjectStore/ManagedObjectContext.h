@@ -67,6 +67,7 @@
 #include "Platform/ObjectStore/ContextQueue.h"
 #include "Platform/ObjectStore/FetchRequest.h"
 #include "Platform/ObjectStore/ManagedObject.h"
+#include "Platform/ObjectStore/ObjectRegistry.h"
 #include "Platform/ObjectStore/PersistentStoreCoordinator.h"
 
 namespace kestrona {
@@ -213,7 +214,7 @@ class ManagedObjectContext : public std::enable_shared_from_this<ManagedObjectCo
   std::shared_ptr<PersistentStoreCoordinator> coordinator_;
   std::shared_ptr<ManagedObjectContext> parent_;
   MergePolicyType mergePolicy_ = MergePolicyType::errorMergePolicyType;
-  std::unordered_map<ManagedObjectID, std::shared_ptr<ManagedObject>> registry_;
+  ObjectRegistry registry_;
   // Temporary IDs that became permanent, for lookups by the old ID.
   std::unordered_map<ManagedObjectID, ManagedObjectID> permanentIDs_;
   std::unordered_set<std::shared_ptr<ManagedObject>> changed_;

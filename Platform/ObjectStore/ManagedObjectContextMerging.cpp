@@ -41,8 +41,7 @@ void ManagedObjectContext::mergeChanges(const SavedObjectIDs& changes) {
     if (!object) continue;
     if (object->state_ == ManagedObject::FaultingState::fault) {
       // A fault may hold values read ahead by a fetch; they are stale now.
-      object->values_.clear();
-      object->committed_.clear();
+      object->clearValues();
       continue;
     }
     if (object->state_ != ManagedObject::FaultingState::loaded) continue;
@@ -73,8 +72,8 @@ void ManagedObjectContext::refreshFromStore(ManagedObject& object, PersistentSto
   std::vector<Value> values = row.values;
   if (pending) {
     for (std::size_t slot = 0; slot < values.size(); ++slot) {
-      bool mine = !(object.values_[slot] == object.committed_[slot]);
-      bool theirs = !(row.values[slot] == object.committed_[slot]);
+      bool mine = !(object.values_[slot] == object.committedValues()[slot]);
+      bool theirs = !(row.values[slot] == object.committedValues()[slot]);
       switch (mergePolicy_) {
         case MergePolicyType::mergeByPropertyObjectTrumpMergePolicyType:
           if (mine) values[slot] = object.values_[slot];
@@ -90,9 +89,9 @@ void ManagedObjectContext::refreshFromStore(ManagedObject& object, PersistentSto
       }
     }
   }
-  object.committed_ = std::move(row.values);
   object.version_ = row.version;
   object.assignValues(std::move(values));
+  object.setCommitted(std::move(row.values));
   if (!object.isUpdated()) changed_.erase(object.shared_from_this());
 }
 

@@ -75,10 +75,10 @@ void ManagedObjectContext::save() {
   for (const auto& object : deleted) request.deleted.push_back({object->objectID_, object->version_});
   for (const auto& object : inserted) request.inserted.push_back({object->objectID_, object->values_, {}, {}, 0});
   for (const auto& object : updated) {
-    PersistentStoreCoordinator::RowChange change{object->objectID_, object->values_, {}, object->committed_,
+    PersistentStoreCoordinator::RowChange change{object->objectID_, object->values_, {}, object->committedValues(),
                                                  object->version_};
     for (std::size_t slot = 0; slot < object->values_.size(); ++slot) {
-      if (!(object->values_[slot] == object->committed_[slot])) change.changedSlots.push_back(slot);
+      if (!(object->values_[slot] == change.snapshot[slot])) change.changedSlots.push_back(slot);
     }
     request.updated.push_back(std::move(change));
   }
@@ -129,7 +129,7 @@ void ManagedObjectContext::throwConflicts(const StoreError& error) {
     MergeConflict conflict;
     conflict.sourceObject = object;
     conflict.objectSnapshot = object->snapshotOf(object->values_);
-    conflict.cachedSnapshot = object->snapshotOf(object->committed_);
+    conflict.cachedSnapshot = object->snapshotOf(object->committedValues());
     if (row.stored) {
       conflict.persistedSnapshot = object->snapshotOf(row.stored->values);
       conflict.newVersionNumber = row.stored->version;
@@ -150,11 +150,11 @@ void ManagedObjectContext::saveToParent() {
         auto copy = parent->objectRegisteredForID(object->objectID_);
         if (!copy) {
           copy = parent->makeObject(object->entity(), object->objectID_);
-          copy->committed_.assign(object->values_.size(), Value());
           copy->values_ = object->values_;
+          copy->commitNothing();
           copy->state_ = ManagedObject::FaultingState::loaded;
           copy->inserted_ = true;
-          parent->registry_[object->objectID_] = copy;
+          parent->registry_.insert(copy);
           parent->changed_.insert(copy);
         }
       }
@@ -166,7 +166,7 @@ void ManagedObjectContext::saveToParent() {
       std::vector<Value> values = copy->values_;
       bool changed = false;
       for (std::size_t slot = 0; slot < object->values_.size(); ++slot) {
-        if (!(object->values_[slot] == object->committed_[slot])) {
+        if (!(object->values_[slot] == object->committedValues()[slot])) {
           values[slot] = object->values_[slot];
           changed = true;
         }
@@ -193,7 +193,7 @@ void ManagedObjectContext::markChangesSaved() {
       object->context_ = nullptr;
       continue;
     }
-    object->committed_ = object->values_;
+    object->commit();
     object->inserted_ = false;
   }
   changed_.clear();

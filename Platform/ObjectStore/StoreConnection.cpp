@@ -154,7 +154,7 @@ Value StoreConnection::attributeValue(const AttributeDescription& attribute, con
 }
 
 std::vector<Value> StoreConnection::decodeRow(const EntityDescription& entity, const SQLiteStatement& row,
-                                              int offset) const {
+                                              int offset, DecodedIDs* decoded) const {
   const auto& layout = schema_->layout(entity);
   std::size_t count = entity.slotCount();
   std::vector<Value> slots(count);
@@ -166,7 +166,17 @@ std::vector<Value> StoreConnection::decodeRow(const EntityDescription& entity, c
       continue;
     }
     if (row.isNull(column)) continue;
-    if (auto id = objectID(row.int64(first + layout.slotEntityColumn[slot]), row.int64(column))) slots[slot] = *id;
+    std::pair key{row.int64(first + layout.slotEntityColumn[slot]), row.int64(column)};
+    if (decoded) {
+      if (auto found = decoded->find(key); found != decoded->end()) {
+        slots[slot] = found->second;
+        continue;
+      }
+    }
+    auto id = objectID(key.first, key.second);
+    if (!id) continue;
+    slots[slot] = *id;
+    if (decoded) decoded->emplace(key, slots[slot]);
   }
   return slots;
 }

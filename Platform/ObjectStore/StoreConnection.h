@@ -72,9 +72,14 @@ class StoreConnection {
   // The permanent ID of a row of the entity with code; none for a code the
   // model does not know.
   std::optional<ManagedObjectID> objectID(std::int64_t entityCode, std::int64_t primaryKey) const;
+  // The destination IDs one read has decoded, by entity code and key, so
+  // that the rows of a thousand entries of one task share one ID value.
+  using DecodedIDs = std::map<std::pair<std::int64_t, std::int64_t>, Value>;
   // The slots of entity from a row laid out as StoreSchema::selectList,
-  // starting at column offset (the row's pk).
-  std::vector<Value> decodeRow(const EntityDescription& entity, const SQLiteStatement& row, int offset = 0) const;
+  // starting at column offset (the row's pk); to-one IDs shared through
+  // decoded when it is given.
+  std::vector<Value> decodeRow(const EntityDescription& entity, const SQLiteStatement& row, int offset = 0,
+                               DecodedIDs* decoded = nullptr) const;
   // The version of a row laid out as StoreSchema::selectList of entity's table.
   std::int64_t decodeVersion(const EntityDescription& entity, const SQLiteStatement& row, int offset = 0) const;
   // A stored column as the attribute's value; nil when a transformer

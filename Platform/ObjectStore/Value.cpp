@@ -1,21 +1,86 @@
 #include "Platform/ObjectStore/Value.h"
 
 #include <cstdio>
-#include <type_traits>
 
 #include "Platform/ObjectStore/ManagedObject.h"
 
 namespace kestrona {
 
+Value::Value(std::string value) : kind_(Kind::string) { payload_.box = new TypedBox<std::string>(std::move(value)); }
+Value::Value(Data value) : kind_(Kind::data) { payload_.box = new TypedBox<Data>(std::move(value)); }
+Value::Value(ManagedObjectID value) : kind_(Kind::objectID) {
+  payload_.box = new TypedBox<ManagedObjectID>(std::move(value));
+}
+Value::Value(Array value) : kind_(Kind::array) { payload_.box = new TypedBox<Array>(std::move(value)); }
 Value::Value(Object value) {
-  if (value) storage_ = std::move(value);
+  if (!value) return;
+  kind_ = Kind::object;
+  payload_.box = new TypedBox<Object>(std::move(value));
+}
+
+Value::Value(const Value& other) noexcept : payload_(other.payload_), kind_(other.kind_) {
+  if (kind_ >= Kind::string) payload_.box->references.fetch_add(1, std::memory_order_relaxed);
+}
+
+Value::Value(Value&& other) noexcept : payload_(other.payload_), kind_(other.kind_) { other.kind_ = Kind::nil; }
+
+Value& Value::operator=(const Value& other) noexcept {
+  if (this != &other) {
+    Value copy(other);
+    *this = std::move(copy);
+  }
+  return *this;
+}
+
+Value& Value::operator=(Value&& other) noexcept {
+  if (this != &other) {
+    release();
+    payload_ = other.payload_;
+    kind_ = other.kind_;
+    other.kind_ = Kind::nil;
+  }
+  return *this;
+}
+
+Value::~Value() { release(); }
+
+void Value::release() noexcept {
+  if (kind_ < Kind::string) return;
+  // The last holder deletes the box, after every other holder's use of it.
+  if (payload_.box->references.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
+  switch (kind_) {
+    case Kind::string:
+      delete static_cast<TypedBox<std::string>*>(payload_.box);
+      break;
+    case Kind::data:
+      delete static_cast<TypedBox<Data>*>(payload_.box);
+      break;
+    case Kind::objectID:
+      delete static_cast<TypedBox<ManagedObjectID>*>(payload_.box);
+      break;
+    case Kind::object:
+      delete static_cast<TypedBox<Object>*>(payload_.box);
+      break;
+    case Kind::array:
+      delete static_cast<TypedBox<Array>*>(payload_.box);
+      break;
+    default:
+      break;
+  }
+  kind_ = Kind::nil;
 }
 
 std::optional<double> Value::number() const noexcept {
-  if (auto b = get<bool>()) return *b ? 1.0 : 0.0;
-  if (auto i = get<std::int64_t>()) return static_cast<double>(*i);
-  if (auto d = get<double>()) return *d;
-  return std::nullopt;
+  switch (kind_) {
+    case Kind::boolean:
+      return payload_.boolean ? 1.0 : 0.0;
+    case Kind::integer:
+      return static_cast<double>(payload_.integer);
+    case Kind::real:
+      return payload_.real;
+    default:
+      return std::nullopt;
+  }
 }
 
 std::optional<ManagedObjectID> Value::objectID() const {
@@ -39,7 +104,20 @@ bool operator==(const Value& lhs, const Value& rhs) {
   auto leftID = lhs.objectID();
   auto rightID = rhs.objectID();
   if (leftID || rightID) return leftID && rightID && *leftID == *rightID;
-  return lhs.storage_ == rhs.storage_;
+  if (lhs.kind_ != rhs.kind_) return false;
+  if (lhs.kind_ >= Value::Kind::string && lhs.payload_.box == rhs.payload_.box) return true;
+  switch (lhs.kind_) {
+    case Value::Kind::date:
+      return lhs.payload_.date == rhs.payload_.date;
+    case Value::Kind::string:
+      return *lhs.get<std::string>() == *rhs.get<std::string>();
+    case Value::Kind::data:
+      return *lhs.get<Data>() == *rhs.get<Data>();
+    case Value::Kind::array:
+      return *lhs.get<Value::Array>() == *rhs.get<Value::Array>();
+    default:
+      return false;
+  }
 }
 
 std::partial_ordering operator<=>(const Value& lhs, const Value& rhs) {
@@ -65,44 +143,36 @@ std::partial_ordering operator<=>(const Value& lhs, const Value& rhs) {
 }
 
 std::string Value::description() const {
-  return std::visit(
-      [](const auto& value) -> std::string {
-        using T = std::decay_t<decltype(value)>;
-        if constexpr (std::is_same_v<T, std::monostate>) {
-          return "nil";
-        } else if constexpr (std::is_same_v<T, bool>) {
-          return value ? "true" : "false";
-        } else if constexpr (std::is_same_v<T, std::int64_t>) {
-          return std::to_string(value);
-        } else if constexpr (std::is_same_v<T, double>) {
-          char buffer[32];
-          std::snprintf(buffer, sizeof buffer, "%.17g", value);
-          return buffer;
-        } else if constexpr (std::is_same_v<T, std::string>) {
-          return "\"" + value + "\"";
-        } else if constexpr (std::is_same_v<T, Date>) {
-          char buffer[48];
-          std::snprintf(buffer, sizeof buffer, "date(%.6f)", value.timeIntervalSince1970());
-          return buffer;
-        } else if constexpr (std::is_same_v<T, Data>) {
-          std::string text = "<";
-          text += std::to_string(value.bytes.size());
-          return text + " bytes>";
-        } else if constexpr (std::is_same_v<T, ManagedObjectID>) {
-          return value.description();
-        } else if constexpr (std::is_same_v<T, Value::Object>) {
-          std::string text = "object ";
-          return text + value->objectID().description();
-        } else {
-          std::string text = "(";
-          for (std::size_t i = 0; i < value.size(); ++i) {
-            if (i) text += ", ";
-            text += value[i].description();
-          }
-          return text + ")";
-        }
-      },
-      storage_);
+  char buffer[48];
+  switch (kind_) {
+    case Kind::nil:
+      return "nil";
+    case Kind::boolean:
+      return payload_.boolean ? "true" : "false";
+    case Kind::integer:
+      return std::to_string(payload_.integer);
+    case Kind::real:
+      std::snprintf(buffer, sizeof buffer, "%.17g", payload_.real);
+      return buffer;
+    case Kind::date:
+      std::snprintf(buffer, sizeof buffer, "date(%.6f)", payload_.date.timeIntervalSince1970());
+      return buffer;
+    case Kind::string:
+      return "\"" + *get<std::string>() + "\"";
+    case Kind::data:
+      return "<" + std::to_string(get<Data>()->bytes.size()) + " bytes>";
+    case Kind::objectID:
+      return get<ManagedObjectID>()->description();
+    case Kind::object:
+      return "object " + (*get<Object>())->objectID().description();
+    case Kind::array: {
+      std::string text = "(";
+      const auto& items = *get<Array>();
+      for (std::size_t i = 0; i < items.size(); ++i) text += (i ? ", " : "") + items[i].description();
+      return text + ")";
+    }
+  }
+  return "nil";
 }
 
 }  // namespace kestrona
