@@ -46,7 +46,11 @@ class AnyAppIntent {
  public:
   using Completion = std::function<void(std::exception_ptr error)>;
 
-  template <AppIntent Intent>
+  // Not for AnyAppIntent itself: copying one would otherwise ask whether it
+  // is an AppIntent, which asks whether it can be copied (clang refuses the
+  // loop).
+  template <typename Intent>
+    requires(!std::same_as<Intent, AnyAppIntent> && AppIntent<Intent>)
   AnyAppIntent(Intent intent) : model_(std::make_shared<Model<Intent>>(std::move(intent))) {}
 
   std::string_view title() const { return model_->title(); }
