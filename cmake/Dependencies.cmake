@@ -18,6 +18,11 @@ target_include_directories(kestrona_asio SYSTEM INTERFACE ${ASIO_INCLUDE_DIR})
 # the choice for every file.
 target_compile_definitions(kestrona_asio INTERFACE ASIO_STANDALONE ASIO_NO_DEPRECATED ASIO_DISABLE_STD_ALIGNED_ALLOC)
 target_link_libraries(kestrona_asio INTERFACE Threads::Threads)
+# Asio looks for clang's coroutines only in <experimental/coroutine>; clang
+# (the fuzz preset) has the standard ones with GCC's library.
+if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+  target_compile_definitions(kestrona_asio INTERFACE ASIO_HAS_CO_AWAIT=1)
+endif()
 
 if(KESTRONA_BUILD_TESTS)
   find_package(GTest REQUIRED)

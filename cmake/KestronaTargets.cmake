@@ -32,8 +32,9 @@ function(kestrona_add_library name)
 endfunction()
 
 # kestrona_add_test(<name> SOURCES <files...> [DEPS <targets...>])
-# A GoogleTest executable, registered with CTest test by test. Tests run with
-# KESTRONA_TEST_DATA_DIR pointing at tests/data.
+# A GoogleTest executable, registered with CTest test by test and labelled
+# with the executable's name, so that a test preset can pick executables
+# (ctest -L). Tests run with KESTRONA_TEST_DATA_DIR pointing at tests/data.
 function(kestrona_add_test name)
   cmake_parse_arguments(ARG "" "" "SOURCES;DEPS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
@@ -41,7 +42,7 @@ function(kestrona_add_test name)
   kestrona_apply_defaults(${name})
   gtest_discover_tests(${name}
     DISCOVERY_MODE PRE_TEST
-    PROPERTIES ENVIRONMENT "KESTRONA_TEST_DATA_DIR=${PROJECT_SOURCE_DIR}/tests/data")
+    PROPERTIES ENVIRONMENT "KESTRONA_TEST_DATA_DIR=${PROJECT_SOURCE_DIR}/tests/data" LABELS ${name})
 endfunction()
 
 # kestrona_add_benchmark(<name> SOURCES <files...> [DEPS <targets...>])
@@ -50,4 +51,23 @@ function(kestrona_add_benchmark name)
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE ${ARG_DEPS} benchmark::benchmark benchmark::benchmark_main)
   kestrona_apply_defaults(${name})
+endfunction()
+
+# kestrona_add_fuzzer(<name> SOURCES <files...> [DEPS <targets...>])
+# A libFuzzer target (the fuzz preset), registered with CTest as one test
+# that runs it for KESTRONA_FUZZ_SECONDS over its checked-in seed corpus
+# tests/fuzz/corpus/<name>/. What it finds goes to the build folder: new
+# inputs to <name>.corpus/, a crashing input to <name>-crash-<hash>.
+function(kestrona_add_fuzzer name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;DEPS" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE ${ARG_DEPS})
+  target_link_options(${name} PRIVATE -fsanitize=fuzzer)
+  kestrona_apply_defaults(${name})
+  set(found ${CMAKE_CURRENT_BINARY_DIR}/${name}.corpus)
+  file(MAKE_DIRECTORY ${found})
+  add_test(NAME ${name}
+    COMMAND ${name} -max_total_time=${KESTRONA_FUZZ_SECONDS} -timeout=10 -print_final_stats=1
+      -artifact_prefix=${CMAKE_CURRENT_BINARY_DIR}/${name}- ${found} ${CMAKE_CURRENT_SOURCE_DIR}/corpus/${name})
+  set_tests_properties(${name} PROPERTIES LABELS fuzz)
 endfunction()
