@@ -11,6 +11,7 @@
 #include <asio/io_context.hpp>
 
 #include "Platform/RunLoop/SerialQueue.h"
+#include "tests/support/ExpectThrow.h"
 
 namespace kestrona {
 namespace {
@@ -56,12 +57,8 @@ TEST(SerialQueue, SyncReturnsTheValueOrRethrowsOnTheCaller) {
   // sync waits for the work queued before it.
   EXPECT_EQ(order, (std::vector<int>{1, 2}));
   EXPECT_FALSE(queue.isCurrent());
-  try {
-    queue.sync([] { throw Error("Test", 3, "failed on the queue"); });
-    FAIL() << "sync did not rethrow";
-  } catch (const Error& error) {
-    EXPECT_TRUE(error.is("Test", 3));
-  }
+  const auto error = testing::thrownBy<Error>([&] { queue.sync([] { throw Error("Test", 3, "failed on the queue"); }); });
+  EXPECT_TRUE(error && error->is("Test", 3));
   EXPECT_EQ(queue.name(), "sync");
 }
 
@@ -113,13 +110,8 @@ TEST(SerialQueue, AfterShutdownAsyncIsDroppedAndSyncThrows) {
   queue.shutdown();
   bool ran = false;
   queue.async([&] { ran = true; });
-  try {
-    queue.sync([] { return 1; });
-    FAIL() << "sync after shutdown returned";
-  } catch (const SerialQueueError& error) {
-    EXPECT_EQ(error.kind(), SerialQueueErrorCode::shutDown);
-    EXPECT_EQ(error.domain(), "SerialQueueError");
-  }
+  const auto error = testing::thrownBy<SerialQueueError>([&] { queue.sync([] { return 1; }); });
+  EXPECT_TRUE(error && error->kind() == SerialQueueErrorCode::shutDown);
   queue.shutdown();  // a second shutdown does nothing
   EXPECT_FALSE(ran);
 }

@@ -26,13 +26,5 @@ TEST(Date, ArithmeticAndOrder) {
   EXPECT_LT(a, Date::distantFuture());
 }
 
-TEST(Date, FixedLengthsAndTheTropicalYear) {
-  static_assert(Date::weekInSeconds() == 7 * Date::dayInSeconds());
-  static_assert(Date::dayInSeconds() == 24 * Date::hourInSeconds());
-  static_assert(Date::hourInSeconds() == 60 * Date::minuteInSeconds());
-  // Not 365 days (31536000 s): the tropical year of 365 d 5 h 48 min 46 s.
-  EXPECT_EQ(Date::yearInSeconds(), 365 * Date::dayInSeconds() + 5 * 3600 + 48 * 60 + 46);
-}
-
 }  // namespace
 }  // namespace kestrona

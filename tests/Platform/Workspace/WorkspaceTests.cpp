@@ -9,6 +9,7 @@
 #include "Platform/RunLoop/Async.h"
 #include "Platform/Workspace/PosixProcessLauncher.h"
 #include "tests/Platform/Workspace/ProgramFixtures.h"
+#include "tests/support/ExpectThrow.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace kestrona {
@@ -59,13 +60,7 @@ class WorkspaceTest : public ::testing::Test {
   }
 
   static WorkspaceError errorOf(std::exception_ptr error) {
-    try {
-      if (error) std::rethrow_exception(error);
-    } catch (const WorkspaceError& workspaceError) {
-      return workspaceError;
-    }
-    ADD_FAILURE() << "no WorkspaceError";
-    return WorkspaceError(WorkspaceErrorCode::noURLs, "");
+    return testing::errorIn<WorkspaceError>(error).value_or(WorkspaceError(WorkspaceErrorCode::noURLs, ""));
   }
 
   URL applicationURL() const { return URL::fileURLWithPath(application_, true); }

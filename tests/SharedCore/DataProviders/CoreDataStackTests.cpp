@@ -11,6 +11,7 @@
 #include "SharedCore/DataProviders/DetachedError.h"
 #include "SharedCore/Model/NodeCollaborators.h"
 #include "tests/SharedCore/DataProviders/StackTestSupport.h"
+#include "tests/support/ExpectThrow.h"
 
 namespace kestrona {
 namespace {
@@ -310,10 +311,8 @@ TEST(CoreDataStackWrite, AFailingBlockRollsBackAndHandsOnItsTypedErrorWithoutAVa
   EXPECT_NE(logged.find("Error on executing write operation"), std::string::npos) << logged;
   ASSERT_NE(failure, nullptr);
   EXPECT_EQ(received, std::nullopt);
-  try {
-    std::rethrow_exception(failure);
-  } catch (const StoreError& error) {
-    EXPECT_EQ(error.kind(), StoreErrorCode::managedObjectValidation);
+  if (const auto error = testing::errorIn<StoreError>(failure)) {
+    EXPECT_EQ(error->kind(), StoreErrorCode::managedObjectValidation);
   }
   EXPECT_EQ(stack.viewContext()->count(FetchRequest("Task")), 0u);
 }
@@ -327,11 +326,9 @@ TEST(CoreDataStackWrite, AFailedSaveHandsOnTheStoreErrorAndKeepsNothing) {
     context.insertNewObject("Folder")->setValue(Value(), "name");
   });
   ASSERT_NE(failure, nullptr);
-  try {
-    std::rethrow_exception(failure);
-  } catch (const Error& error) {
-    EXPECT_EQ(error.domain(), "NSCocoaErrorDomain");
-    EXPECT_FALSE(holdsManagedObjects(error));
+  if (const auto error = testing::errorIn<Error>(failure)) {
+    EXPECT_EQ(error->domain(), "NSCocoaErrorDomain");
+    EXPECT_FALSE(holdsManagedObjects(*error));
   }
   EXPECT_EQ(stack.viewContext()->count(FetchRequest("Node")), 0u);
 }
@@ -358,16 +355,14 @@ TEST(CoreDataStackWrite, ASecondWriteOverAnObjectChangedMeanwhileFailsWithADetac
 
   EXPECT_TRUE(writeContext.expired());
   ASSERT_NE(failure, nullptr);
-  try {
-    std::rethrow_exception(failure);
-  } catch (const Error& error) {
-    EXPECT_TRUE(error.is("NSCocoaErrorDomain", 133020)) << error.what();
-    EXPECT_FALSE(holdsManagedObjects(error));
-    EXPECT_EQ(error.userInfo().count(StoreError::kSaveConflictsKey), 0u);
-    const auto* count = error.userInfoValue<std::int64_t>(saveConflictCountKey);
+  if (const auto error = testing::errorIn<Error>(failure)) {
+    EXPECT_TRUE(error->is("NSCocoaErrorDomain", 133020)) << error->what();
+    EXPECT_FALSE(holdsManagedObjects(*error));
+    EXPECT_EQ(error->userInfo().count(StoreError::kSaveConflictsKey), 0u);
+    const auto* count = error->userInfoValue<std::int64_t>(saveConflictCountKey);
     ASSERT_NE(count, nullptr);
     EXPECT_EQ(*count, 1);
-    const auto* uris = error.userInfoValue<std::vector<std::string>>(saveConflictObjectURIsKey);
+    const auto* uris = error->userInfoValue<std::vector<std::string>>(saveConflictObjectURIsKey);
     ASSERT_NE(uris, nullptr);
     EXPECT_EQ(*uris, std::vector<std::string>{taskURI});
   }

@@ -4,6 +4,7 @@
 #include "Platform/RunLoop/Async.h"
 #include "SharedCore/DataProviders/UntrackedWriteOperation.h"
 #include "tests/SharedCore/DataProviders/StackTestSupport.h"
+#include "tests/support/ExpectThrow.h"
 
 namespace kestrona {
 namespace {
@@ -65,11 +66,9 @@ TEST(UntrackedWriteOperationCoroutine, ABlockWithoutAValueFailsWithUnexpectedNil
   auto outcome = runWrite(*test.stack, giveNothing);
   ASSERT_NE(outcome->error, nullptr);
   EXPECT_TRUE(outcome->resumedOnMainThread);
-  try {
-    std::rethrow_exception(outcome->error);
-  } catch (const WriteOperationError& error) {
-    EXPECT_EQ(error.kind(), WriteOperationErrorCode::unexpectedNilAsResult);
-    EXPECT_EQ(error.domain(), "WriteOperationError");
+  if (const auto error = testing::errorIn<WriteOperationError>(outcome->error)) {
+    EXPECT_EQ(error->kind(), WriteOperationErrorCode::unexpectedNilAsResult);
+    EXPECT_EQ(error->domain(), "WriteOperationError");
   }
   // Nothing went wrong in the store: the change was saved.
   EXPECT_EQ(test.stack->viewContext()->count(FetchRequest("Task")), 1u);
@@ -79,10 +78,8 @@ TEST(UntrackedWriteOperationCoroutine, ThrowsTheErrorOfTheBlock) {
   TestStack test;
   auto outcome = runWrite(*test.stack, refuse);
   ASSERT_NE(outcome->error, nullptr);
-  try {
-    std::rethrow_exception(outcome->error);
-  } catch (const StoreError& error) {
-    EXPECT_EQ(error.kind(), StoreErrorCode::managedObjectValidation);
+  if (const auto error = testing::errorIn<StoreError>(outcome->error)) {
+    EXPECT_EQ(error->kind(), StoreErrorCode::managedObjectValidation);
   }
 }
 

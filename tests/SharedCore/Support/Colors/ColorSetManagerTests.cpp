@@ -50,19 +50,6 @@ TEST_F(ColorSetManagerTest, OffersEighteenSetsAndRotatesThroughTheSame) {
   EXPECT_EQ(rotation, offered);
 }
 
-TEST_F(ColorSetManagerTest, OfferedOrderAndRotationOrderAreTheDesignedOnes) {
-  const ColorSetManager manager;
-  std::vector<ID> offered;
-  for (const ColorSet& set : manager.colorSets()) offered.push_back(set.id());
-  EXPECT_EQ(offered, (std::vector<ID>{ID::violett, ID::pink, ID::red, ID::orange, ID::yellow, ID::green, ID::teal,
-                                      ID::blue, ID::indigo, ID::lightViolett, ID::lightPink, ID::lightRed, ID::brown,
-                                      ID::green2, ID::lightGreen, ID::cyan, ID::lightBlue, ID::lightIndigo}));
-  EXPECT_EQ(manager.initiationSorting(),
-            (std::vector<ID>{ID::cyan, ID::blue, ID::violett, ID::green2, ID::pink, ID::orange, ID::lightViolett,
-                             ID::lightGreen, ID::teal, ID::green, ID::red, ID::indigo, ID::yellow, ID::lightRed,
-                             ID::lightBlue, ID::lightPink, ID::brown, ID::lightIndigo}));
-}
-
 TEST_F(ColorSetManagerTest, RotationWrapsAfterEighteenCalls) {
   ColorSetManager manager;
   EXPECT_EQ(manager.initiationCounter(), 0);
@@ -130,12 +117,6 @@ TEST_F(ColorSetManagerTest, LooksUpSetsByIdIndexAndPosition) {
   EXPECT_EQ(manager.colorSetWithId(ID::white).id(), ID::gray);
   EXPECT_EQ(manager.colorSetWithId(ID::cyan), ColorSet(ID::cyan));
   EXPECT_EQ(&ColorSetManager::defaultColorSet(), &ColorSet::defaultSet());
-
-  const std::vector<Color> baseColors = manager.allBaseColors();
-  ASSERT_EQ(baseColors.size(), 18u);
-  for (std::size_t index = 0; index < baseColors.size(); ++index) {
-    EXPECT_EQ(baseColors[index], manager.colorSets()[index].baseColor());
-  }
 }
 
 TEST_F(ColorSetManagerDeathTest, ANegativeIndexEndsTheProcess) {
