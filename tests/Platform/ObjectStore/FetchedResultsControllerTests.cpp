@@ -113,27 +113,34 @@ std::string describe(const std::vector<RecordedChange>& changes) {
   return text;
 }
 
+// Billable a, b, c at 100, 200, 300 and unbillable "off" at 250, saved.
+void seed(ManagedObjectContext& context) {
+  addSession(context, "a", 100);
+  addSession(context, "b", 200);
+  addSession(context, "c", 300);
+  addSession(context, "off", 250, false);
+  context.save();
+}
+
+std::shared_ptr<ManagedObject> sessionNamed(ManagedObjectContext& context, const std::string& name) {
+  FetchRequest request("Session");
+  request.predicate = Predicate::withFormat("identifier == %@", {Value(name)});
+  auto found = context.fetch(request);
+  return found.empty() ? nullptr : found.front();
+}
+
 class FetchedResultsControllerTest : public ::testing::Test {
  protected:
   void SetUp() override {
     context = store.context;
-    addSession(*context, "a", 100);
-    addSession(*context, "b", 200);
-    addSession(*context, "c", 300);
-    addSession(*context, "off", 250, false);
-    context->save();
+    seed(*context);
     controller = std::make_unique<FetchedResultsController>(billableSessionsNewestFirst(), context);
     controller->setDelegate(delegate);
     controller->performFetch();
     ASSERT_EQ(names(controller->fetchedObjects()), (std::vector<std::string>{"c", "b", "a"}));
   }
 
-  std::shared_ptr<ManagedObject> named(const std::string& name) {
-    FetchRequest request("Session");
-    request.predicate = Predicate::withFormat("identifier == %@", {Value(name)});
-    auto found = context->fetch(request);
-    return found.empty() ? nullptr : found.front();
-  }
+  std::shared_ptr<ManagedObject> named(const std::string& name) { return sessionNamed(*context, name); }
 
   TestStore store;
   std::shared_ptr<ManagedObjectContext> context;
@@ -187,35 +194,25 @@ TEST_F(FetchedResultsControllerTest, ChangedSortKeysMoveOnlyWhenTheOrderAmongThe
   EXPECT_EQ(describe(delegate->changes), "1:e@->0 3:a@1>1 ");
 }
 
-TEST_F(FetchedResultsControllerTest, PredicateChangesTakeObjectsOutOfAndIntoTheResults) {
+// Saves that miss the results call nothing; changes of the predicate's
+// values take objects out and bring them in.
+TEST_F(FetchedResultsControllerTest, FollowsThePredicateAndIgnoresSavesThatMissTheResults) {
+  testing::makeTask(*context, "Another entity");
+  named("off")->setValue(Date(260), "begin");
+  addSession(*context, "also off", 10, false);
+  context->save();
+  EXPECT_TRUE(delegate->calls.empty());
   named("b")->setValue(false, "isBillable");
   named("off")->setValue(true, "isBillable");
   context->save();
   EXPECT_EQ(names(controller->fetchedObjects()), (std::vector<std::string>{"c", "off", "a"}));
   EXPECT_EQ(describe(delegate->changes), "2:b@1>- 1:off@->1 ");
-}
 
-TEST_F(FetchedResultsControllerTest, SavesThatMissTheResultsCallNothing) {
-  testing::makeTask(*context, "Another entity");
-  context->save();
-  named("off")->setValue(Date(260), "begin");
-  context->save();
-  addSession(*context, "also off", 10, false);
-  context->save();
-  context->deleteObject(named("off"));
-  context->save();
-  EXPECT_TRUE(delegate->calls.empty());
-  EXPECT_EQ(names(controller->fetchedObjects()), (std::vector<std::string>{"c", "b", "a"}));
-}
-
-TEST_F(FetchedResultsControllerTest, KeepsTheListWithoutADelegateAndStopsObservingWhenDestroyed) {
+  // Without a delegate the list is still kept; destroyed, it hears no more.
   delegate.reset();
-  addSession(*context, "d", 350);
   context->deleteObject(named("a"));
   context->save();
-  EXPECT_EQ(names(controller->fetchedObjects()), (std::vector<std::string>{"d", "c", "b"}));
-
-  // A destroyed controller must not be reached by later saves.
+  EXPECT_EQ(names(controller->fetchedObjects()), (std::vector<std::string>{"c", "off"}));
   controller.reset();
   addSession(*context, "e", 360);
   context->save();
@@ -270,73 +267,39 @@ TEST_F(FetchedResultsControllerTest, ManyMixedSavesKeepTheListEqualToAFreshFetch
   EXPECT_FALSE(delegate->changes.empty());
 }
 
-TEST(FetchedResultsControllerMerge, APrivateSaveMergedIntoTheMainContextReportsItOnceWithTheMainContextsObjects) {
+// The merge runs on the main loop, reports the save once (the fetch had
+// seen the earlier save already), with the main context's own objects.
+TEST(FetchedResultsControllerMerge, APrivateSaveMergedIntoTheMainContextIsReportedOnceWithItsObjects) {
   TestStore store;
   MainLoop loop;
   auto mainContext = ManagedObjectContext::make(ManagedObjectContextConcurrencyType::mainQueueConcurrencyType,
                                                 std::make_unique<MainContextQueue>(loop));
   mainContext->setPersistentStoreCoordinator(store.coordinator);
   mainContext->setAutomaticallyMergesChangesFromParent(true);
-  addSession(*store.context, "a", 100);
-  addSession(*store.context, "b", 200);
-  addSession(*store.context, "c", 300);
-  addSession(*store.context, "off", 250, false);
-  store.context->save();
-
+  seed(*store.context);
   FetchedResultsController controller(billableSessionsNewestFirst(), mainContext);
   auto delegate = std::make_shared<RecordingDelegate>();
   controller.setDelegate(delegate);
   controller.performFetch();
   auto b = controller.objectAtIndexPath({0, 1});
-  ASSERT_EQ(names(controller.fetchedObjects()), (std::vector<std::string>{"c", "b", "a"}));
 
-  // Writes run on a queue of their own, each on a fresh private context.
-  auto write = [&store](const std::function<void(ManagedObjectContext&)>& edit) {
-    std::thread writer([&store, &edit] {
-      auto context = store.newContext();
-      context->performAndWait([&] {
-        edit(*context);
-        context->save();
-      });
+  std::thread writer([&store] {
+    auto context = store.newContext();
+    context->performAndWait([&] {
+      sessionNamed(*context, "b")->setValue(Date(400), "begin");
+      context->deleteObject(sessionNamed(*context, "a"));
+      addSession(*context, "d", 250);
+      sessionNamed(*context, "off")->setValue(Date(260), "begin");
+      context->save();
     });
-    writer.join();
-  };
-  auto find = [](ManagedObjectContext& context, const std::string& name) {
-    FetchRequest request("Session");
-    request.predicate = Predicate::withFormat("identifier == %@", {Value(name)});
-    return context.fetch(request).front();
-  };
-
-  write([&](ManagedObjectContext& context) {
-    find(context, "b")->setValue(Date(400), "begin");
-    context.deleteObject(find(context, "a"));
-    addSession(context, "d", 250);
-    find(context, "off")->setValue(Date(260), "begin");
   });
-  EXPECT_TRUE(delegate->calls.empty()) << "the merge runs on the main loop, not on the writer's thread";
-  // The loop also runs the merge of the first save, which the fetch had
-  // already seen: it must add nothing.
+  writer.join();
+  EXPECT_TRUE(delegate->calls.empty());
   loop.poll();
-
   EXPECT_EQ(delegate->calls, (std::vector<std::string>{"will", "change", "change", "change", "did"}));
   EXPECT_EQ(describe(delegate->changes), "2:a@2>- 1:d@->2 3:b@1>0 ");
-  ASSERT_EQ(names(controller.fetchedObjects()), (std::vector<std::string>{"b", "c", "d"}));
-  // The results are the main context's objects: the refreshed one it held
-  // and the one it now registered for the insertion.
   EXPECT_EQ(controller.fetchedObjects()[0], b);
-  EXPECT_EQ(b->dateForKey("begin"), Date(400));
   for (const auto& object : controller.fetchedObjects()) EXPECT_EQ(object->managedObjectContext(), mainContext.get());
-
-  // Merges of other entities and of objects outside the results call nothing.
-  delegate->calls.clear();
-  write([&](ManagedObjectContext& context) {
-    testing::makeTask(context, "Another entity");
-    find(context, "off")->setValue(Date(270), "begin");
-    addSession(context, "also off", 10, false);
-  });
-  loop.poll();
-  EXPECT_TRUE(delegate->calls.empty());
-  EXPECT_EQ(names(controller.fetchedObjects()), (std::vector<std::string>{"b", "c", "d"}));
 }
 
 TEST(FetchedResultsController, AFailedFetchThrowsAndKeepsNoResults) {
@@ -354,14 +317,6 @@ TEST(FetchedResultsControllerDeathTest, RequestsWithoutSortDescriptorsAreProgram
   TestStore store;
   EXPECT_DEATH({ FetchedResultsController controller(FetchRequest("Session"), store.context); },
                "Fatal error: A fetched results controller needs a fetch request with at least one sort descriptor");
-}
-
-TEST(FetchedResultsChangeType, RawValuesAreTheFourKinds) {
-  EXPECT_EQ(rawValue(FetchedResultsChangeType::insert), 1u);
-  EXPECT_EQ(rawValue(FetchedResultsChangeType::update), 4u);
-  EXPECT_EQ(fromRawValue<FetchedResultsChangeType>(2), FetchedResultsChangeType::deleteChange);
-  EXPECT_EQ(fromRawValue<FetchedResultsChangeType>(5), std::nullopt);
-  EXPECT_EQ(fromRawValue<FetchedResultsChangeType>(0), std::nullopt);
 }
 
 }  // namespace

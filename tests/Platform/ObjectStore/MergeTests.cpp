@@ -1,11 +1,10 @@
+// Automatic merging of one context's saves into the others, and the main
+// queue that a main-queue context runs on.
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <thread>
 
 #include "Platform/ObjectStore/ContextNotifications.h"
-#include "Platform/ObjectStore/MergeConflict.h"
-#include "Platform/ObjectStore/StoreError.h"
 #include "Platform/RunLoop/MainLoop.h"
 #include "tests/Platform/ObjectStore/StoreTestSupport.h"
 
@@ -14,9 +13,9 @@ namespace {
 
 using testing::makeTask;
 using testing::NotificationRecorder;
-using testing::runLoopUntil;
 using testing::TestStore;
-using testing::userInfoOrFail;
+namespace Option = KeyValueObservingOption;
+constexpr KeyValueObservingOptions kOldAndNew = Option::oldValue | Option::newValue;
 
 std::shared_ptr<ManagedObjectContext> makeMainContext(TestStore& store, MainLoop& loop) {
   auto context = ManagedObjectContext::make(ManagedObjectContextConcurrencyType::mainQueueConcurrencyType,
@@ -26,260 +25,150 @@ std::shared_ptr<ManagedObjectContext> makeMainContext(TestStore& store, MainLoop
   return context;
 }
 
-const auto& idsUnder = userInfoOrFail<ManagedObjectIDSet>;
+// Runs edit and a save on a private context of a thread of its own.
+void writeOnAnotherThread(TestStore& store, const std::function<void(ManagedObjectContext&)>& edit) {
+  std::thread writer([&] {
+    auto context = store.newContext();
+    context->performAndWait([&] {
+      edit(*context);
+      context->save();
+    });
+  });
+  writer.join();
+}
 
-// A save on a writer thread reaches the main context on its main loop: the
-// observer of the changed key hears old and new values, the merge reports
-// every saved ID, registers nothing new, and deleted objects stop working.
+// The merge runs on the main loop: observers of loaded objects and of
+// faults hear old and new values, the merge reports every saved ID and
+// registers nothing new, and deleted objects stop working.
 TEST(AutomaticMerge, APrivateSaveReachesTheMainContextOnItsLoop) {
   TestStore store;
-  auto renamedTask = makeTask(*store.context, "Before");
-  auto deletedTask = makeTask(*store.context, "Deleted");
-  auto untouched = makeTask(*store.context, "Not held by main");
+  auto renamed = makeTask(*store.context, "Before");
+  auto faulted = makeTask(*store.context, "Fault before");
+  auto deleted = makeTask(*store.context, "Deleted");
   store.context->save();
-
   MainLoop loop;
   auto main = makeMainContext(store, loop);
-  auto held = main->existingObjectWithID(renamedTask->objectID());
-  auto heldDeleted = main->existingObjectWithID(deletedTask->objectID());
+  auto held = main->existingObjectWithID(renamed->objectID());
+  auto fault = main->objectWithID(faulted->objectID());
+  auto heldDeleted = main->existingObjectWithID(deleted->objectID());
   std::vector<KeyValueChange> heard;
-  auto observation = held->observe("name", KeyValueObservingOption::oldValue | KeyValueObservingOption::newValue,
-                                   [&](const KeyValueChange& change) { heard.push_back(change); });
+  auto onName = held->observe("name", kOldAndNew, [&](const KeyValueChange& change) { heard.push_back(change); });
+  auto onFault = fault->observe("name", kOldAndNew, [&](const KeyValueChange& change) { heard.push_back(change); });
   NotificationRecorder merged(NSManagedObjectContextDidMergeChangesObjectIDsNotification, main.get());
 
-  ManagedObjectID insertedID = renamedTask->objectID();
-  std::atomic<bool> saved = false;
-  std::thread writer([&] {
-    auto writing = store.newContext();
-    writing->performAndWait([&] {
-      writing->existingObjectWithID(renamedTask->objectID())->setValue("After", "name");
-      writing->existingObjectWithID(untouched->objectID())->setValue(true, "archived");
-      writing->deleteObject(writing->existingObjectWithID(deletedTask->objectID()));
-      auto inserted = makeTask(*writing, "Inserted");
-      writing->save();
-      insertedID = inserted->objectID();
-    });
-    saved = true;
+  std::optional<ManagedObjectID> inserted;
+  writeOnAnotherThread(store, [&](ManagedObjectContext& context) {
+    context.existingObjectWithID(renamed->objectID())->setValue("After", "name");
+    context.existingObjectWithID(faulted->objectID())->setValue("Fault after", "name");
+    context.deleteObject(context.existingObjectWithID(deleted->objectID()));
+    auto task = makeTask(context, "Inserted");
+    context.obtainPermanentIDs({task});
+    inserted = task->objectID();
   });
-  ASSERT_TRUE(runLoopUntil(loop, [&] { return merged.count() == 1; }));
-  writer.join();
-  ASSERT_TRUE(saved);
+  EXPECT_TRUE(heard.empty()) << "the merge runs on the main loop, not on the writer's thread";
+  ASSERT_TRUE(testing::runLoopUntil(loop, [&] { return merged.count() == 1; }));
 
-  ASSERT_EQ(heard.size(), 1u);
-  EXPECT_EQ(heard[0].oldValue, Value("Before"));
-  EXPECT_EQ(heard[0].newValue, Value("After"));
-  EXPECT_EQ(heard[0].object, held.get());
-  EXPECT_EQ(held->stringForKey("name"), "After");
-  EXPECT_FALSE(held->hasChanges());
-
-  auto notification = merged.notifications()[0];
-  EXPECT_EQ(notification.object, main.get());
-  EXPECT_EQ(idsUnder(notification, NSInsertedObjectIDsKey), ManagedObjectIDSet{insertedID});
-  EXPECT_EQ(idsUnder(notification, NSUpdatedObjectIDsKey),
-            (ManagedObjectIDSet{renamedTask->objectID(), untouched->objectID()}));
-  EXPECT_EQ(idsUnder(notification, NSDeletedObjectIDsKey), ManagedObjectIDSet{deletedTask->objectID()});
-
-  EXPECT_EQ(main->objectRegisteredForID(insertedID), nullptr);
-  EXPECT_EQ(main->objectRegisteredForID(untouched->objectID()), nullptr);
-  EXPECT_EQ(heldDeleted->managedObjectContext(), nullptr);
-  EXPECT_EQ(heldDeleted->faultingState(), ManagedObject::FaultingState::unusable);
-  EXPECT_EQ(main->objectRegisteredForID(deletedTask->objectID()), nullptr);
-  EXPECT_THROW(heldDeleted->setValue("Too late", "name"), StoreError);
-
-  // A fetch after the merge sees the rows as they are now.
-  EXPECT_EQ(main->count(FetchRequest("Task")), 3u);
+  std::map<std::string, std::string> heardChanges;
+  for (const auto& change : heard) heardChanges[change.oldValue->description()] = change.newValue->description();
+  EXPECT_EQ(heardChanges, (std::map<std::string, std::string>{{"\"Before\"", "\"After\""},
+                                                              {"\"Fault before\"", "\"Fault after\""}}));
   EXPECT_FALSE(main->hasChanges());
+  auto notification = merged.notifications()[0];
+  EXPECT_EQ(testing::userInfoOrFail<ManagedObjectIDSet>(notification, NSInsertedObjectIDsKey),
+            ManagedObjectIDSet{*inserted});
+  EXPECT_EQ(testing::userInfoOrFail<ManagedObjectIDSet>(notification, NSUpdatedObjectIDsKey),
+            (ManagedObjectIDSet{renamed->objectID(), faulted->objectID()}));
+  EXPECT_EQ(testing::userInfoOrFail<ManagedObjectIDSet>(notification, NSDeletedObjectIDsKey),
+            ManagedObjectIDSet{deleted->objectID()});
+  EXPECT_EQ(main->objectRegisteredForID(*inserted), nullptr);
+  EXPECT_EQ(heldDeleted->faultingState(), ManagedObject::FaultingState::unusable);
+  EXPECT_EQ(testing::failureOf([&] { heldDeleted->setValue("Too late", "name"); }),
+            StoreErrorCode::managedObjectReferentialIntegrity);
+  EXPECT_EQ(main->count(FetchRequest("Task")), 3u);
 }
 
-// An object the main context holds only as a fault (never read) is loaded
-// when observed, so the merge of a later save is heard with both values.
-TEST(AutomaticMerge, AnObservedFaultHearsTheMerge) {
+TEST(AutomaticMerge, APrivateContextMergesWhenItsQueueIsNextEnteredAndOnlyWhenItAsked) {
   TestStore store;
   auto task = makeTask(*store.context, "Before");
   store.context->save();
-
-  MainLoop loop;
-  auto main = makeMainContext(store, loop);
-  auto fault = main->objectWithID(task->objectID());
-  ASSERT_TRUE(fault->isFault());
-  std::vector<KeyValueChange> heard;
-  auto observation = fault->observe("name", KeyValueObservingOption::oldValue | KeyValueObservingOption::newValue,
-                                    [&](const KeyValueChange& change) { heard.push_back(change); });
-  NotificationRecorder merged(NSManagedObjectContextDidMergeChangesObjectIDsNotification, main.get());
-
-  std::thread writer([&] {
-    auto writing = store.newContext();
-    writing->performAndWait([&] {
-      writing->existingObjectWithID(task->objectID())->setValue("After", "name");
-      writing->save();
-    });
-  });
-  ASSERT_TRUE(runLoopUntil(loop, [&] { return merged.count() == 1; }));
-  writer.join();
-
-  ASSERT_EQ(heard.size(), 1u);
-  EXPECT_EQ(heard[0].oldValue, Value("Before"));
-  EXPECT_EQ(heard[0].newValue, Value("After"));
-}
-
-TEST(AutomaticMerge, APrivateContextMergesWhenItsQueueIsNextEntered) {
-  TestStore store;
-  auto task = makeTask(*store.context, "Before");
-  store.context->save();
-
   auto reader = store.newContext();
   reader->setAutomaticallyMergesChangesFromParent(true);
   auto bystander = store.newContext();
-  std::shared_ptr<ManagedObject> held;
-  std::shared_ptr<ManagedObject> unmerged;
-  reader->performAndWait([&] { held = reader->existingObjectWithID(task->objectID()); });
-  bystander->performAndWait([&] { unmerged = bystander->existingObjectWithID(task->objectID()); });
+  auto held = reader->existingObjectWithID(task->objectID());
+  auto unmerged = bystander->existingObjectWithID(task->objectID());
   NotificationRecorder merged(NSManagedObjectContextDidMergeChangesObjectIDsNotification, reader.get());
+  NotificationRecorder ownMerges(NSManagedObjectContextDidMergeChangesObjectIDsNotification, store.context.get());
+  store.context->setAutomaticallyMergesChangesFromParent(true);
 
   task->setValue("After", "name");
   store.context->save();
-  // Nothing happens to a private context until its queue is entered.
   EXPECT_EQ(merged.count(), 0u);
-  std::optional<std::string> seen;
-  reader->performAndWait([&] { seen = held->stringForKey("name"); });
-  EXPECT_EQ(seen, "After");
+  reader->performAndWait([] {});
   EXPECT_EQ(merged.count(), 1u);
-
-  // A context that did not ask keeps what it read, and the saving context
-  // does not merge its own save.
+  EXPECT_EQ(held->stringForKey("name"), "After");
   EXPECT_EQ(unmerged->stringForKey("name"), "Before");
-  NotificationRecorder ownMerges(NSManagedObjectContextDidMergeChangesObjectIDsNotification, store.context.get());
-  store.context->setAutomaticallyMergesChangesFromParent(true);
-  task->setValue("Again", "name");
-  store.context->save();
   store.context->performAndWait([] {});
-  EXPECT_EQ(ownMerges.count(), 0u);
+  EXPECT_EQ(ownMerges.count(), 0u) << "a context does not merge its own save";
 
-  // A context that is gone is simply no longer told.
   reader.reset();
   task->setValue("Once more", "name");
   EXPECT_NO_THROW(store.context->save());
 }
 
-// With pending changes on the merged object, the merge policy decides per
-// property; the default keeps the edit and fails the next save instead.
-TEST(AutomaticMerge, PendingChangesFollowTheMergePolicy) {
-  TestStore store;
-  auto task = makeTask(*store.context, "Stored");
-  task->setValue(1, "order");
-  store.context->save();
-  auto id = task->objectID();
+using MergeIntoPendingChanges = testing::TwoContexts;
 
-  auto mergeInto = [&](MergePolicyType policy) {
-    auto context = store.newContext();
-    context->setMergePolicy(policy);
-    context->setAutomaticallyMergesChangesFromParent(true);
-    auto object = context->existingObjectWithID(id);
-    object->setValue("Unsaved", "name");
-    auto writer = store.newContext();
-    auto written = writer->existingObjectWithID(id);
-    written->setValue("Written " + std::to_string(static_cast<int>(policy)), "name");
-    written->setValue(written->integerForKey("order") + 1, "order");
-    writer->save();
-    context->performAndWait([] {});
-    return std::make_pair(context, object);
-  };
-
-  {
-    auto [context, object] = mergeInto(MergePolicyType::mergeByPropertyObjectTrumpMergePolicyType);
-    EXPECT_EQ(object->stringForKey("name"), "Unsaved");
-    EXPECT_EQ(object->integerForKey("order"), 2);
-    EXPECT_TRUE(context->hasChanges());
-    context->save();
-    EXPECT_EQ(store.newContext()->existingObjectWithID(id)->stringForKey("name"), "Unsaved");
-  }
-  {
-    auto [context, object] = mergeInto(MergePolicyType::mergeByPropertyStoreTrumpMergePolicyType);
-    EXPECT_EQ(object->stringForKey("name"), "Written 1");
-    EXPECT_EQ(object->integerForKey("order"), 3);
-    EXPECT_FALSE(context->hasChanges());
-  }
-  {
-    auto [context, object] = mergeInto(MergePolicyType::errorMergePolicyType);
-    EXPECT_EQ(object->stringForKey("name"), "Unsaved");
-    EXPECT_EQ(object->integerForKey("order"), 3);
-    try {
-      context->save();
-      ADD_FAILURE() << "the kept edit was saved over the written one";
-    } catch (const StoreError& error) {
-      EXPECT_EQ(error.kind(), StoreErrorCode::managedObjectMerge);
-      auto conflicts = error.userInfoObject<std::vector<MergeConflict>>(StoreError::kSaveConflictsKey);
-      ASSERT_NE(conflicts, nullptr);
-      ASSERT_EQ(conflicts->size(), 1u);
-      EXPECT_EQ(conflicts->front().sourceObject, object);
-      EXPECT_EQ(conflicts->front().persistedSnapshot.at("name"), Value("Written 0"));
-    }
-    EXPECT_EQ(store.newContext()->existingObjectWithID(id)->stringForKey("name"), "Written 0");
-  }
-}
-
-TEST(AutomaticMerge, AnObjectTrumpMainContextKeepsItsUnsavedValueAndHearsTheRest) {
-  TestStore store;
-  auto task = makeTask(*store.context, "Stored");
-  store.context->save();
-
-  MainLoop loop;
-  auto main = makeMainContext(store, loop);
-  main->setMergePolicy(MergePolicyType::mergeByPropertyObjectTrumpMergePolicyType);
-  auto held = main->existingObjectWithID(task->objectID());
-  held->setValue("Typed on main", "name");
+// Object trump keeps the unsaved value unheard and announces what the
+// merge changes.
+TEST_F(MergeIntoPendingChanges, ObserversHearOnlyTheKeysTheMergeChanged) {
+  mine->setMergePolicy(MergePolicyType::mergeByPropertyObjectTrumpMergePolicyType);
+  mine->setAutomaticallyMergesChangesFromParent(true);
+  ours->setValue("Typed here", "name");
   std::vector<KeyValueChange> names;
   std::vector<KeyValueChange> orders;
-  auto t1 = held->observe("name", KeyValueObservingOption::newValue,
-                          [&](const KeyValueChange& change) { names.push_back(change); });
-  auto t2 = held->observe("order", KeyValueObservingOption::oldValue | KeyValueObservingOption::newValue,
-                          [&](const KeyValueChange& change) { orders.push_back(change); });
-  NotificationRecorder merged(NSManagedObjectContextDidMergeChangesObjectIDsNotification, main.get());
-
-  std::thread writer([&] {
-    auto writing = store.newContext();
-    writing->performAndWait([&] {
-      auto object = writing->existingObjectWithID(task->objectID());
-      object->setValue("Written", "name");
-      object->setValue(4, "order");
-      writing->save();
-    });
-  });
-  writer.join();
-  ASSERT_TRUE(runLoopUntil(loop, [&] { return merged.count() == 1; }));
-
-  EXPECT_EQ(held->stringForKey("name"), "Typed on main");
+  auto onName = ours->observe("name", Option::newValue, [&](const KeyValueChange& change) { names.push_back(change); });
+  auto onOrder = ours->observe("order", kOldAndNew, [&](const KeyValueChange& change) { orders.push_back(change); });
+  other->setValue("Written", "name");
+  other->setValue(4, "order");
+  theirs->save();
+  mine->performAndWait([] {});
   EXPECT_TRUE(names.empty());
   ASSERT_EQ(orders.size(), 1u);
-  EXPECT_EQ(orders[0].oldValue, Value(std::int64_t{0}));
-  EXPECT_EQ(orders[0].newValue, Value(std::int64_t{4}));
-  // The merge took the stored row as read, so the kept edit saves cleanly.
-  main->save();
-  auto stored = store.newContext()->existingObjectWithID(task->objectID());
-  EXPECT_EQ(stored->stringForKey("name"), "Typed on main");
-  EXPECT_EQ(stored->integerForKey("order"), 4);
+  EXPECT_EQ(orders[0].oldValue, Value(1));
+  EXPECT_EQ(orders[0].newValue, Value(4));
 }
 
-// An object the merging context deleted but did not save stays deleted; a
-// row deleted by the save takes the pending changes of its object with it.
-TEST(AutomaticMerge, DeletedRowsTakeThePendingChangesOfTheirObjects) {
+// A row deleted by the save takes the pending changes of its object with it.
+TEST_F(MergeIntoPendingChanges, ADeletedRowTakesThePendingChangesOfItsObject) {
+  mine->setAutomaticallyMergesChangesFromParent(true);
+  ours->setValue("Edited", "name");
+  theirs->deleteObject(other);
+  theirs->save();
+  mine->performAndWait([] {});
+  EXPECT_EQ(ours->managedObjectContext(), nullptr);
+  EXPECT_FALSE(mine->hasChanges());
+  EXPECT_EQ(mine->count(FetchRequest("Task")), 0u);
+}
+
+TEST(MainQueueContext, RunsBlocksOnTheMainLoopAndAtOnceWhenAlreadyThere) {
   TestStore store;
-  auto task = makeTask(*store.context, "Doomed");
-  store.context->save();
+  MainLoop loop;
+  auto context = makeMainContext(store, loop);
+  bool ranInline = false;
+  context->performAndWait([&] { ranInline = true; });
+  EXPECT_TRUE(ranInline);
 
-  auto context = store.newContext();
-  context->setAutomaticallyMergesChangesFromParent(true);
-  auto object = context->existingObjectWithID(task->objectID());
-  object->setValue("Edited", "name");
-  ASSERT_TRUE(context->hasChanges());
-
-  store.context->deleteObject(task);
-  store.context->save();
-  context->performAndWait([] {});
-  EXPECT_EQ(object->managedObjectContext(), nullptr);
-  EXPECT_FALSE(context->hasChanges());
-  EXPECT_NO_THROW(context->save());
-  EXPECT_EQ(context->count(FetchRequest("Task")), 0u);
+  std::thread::id ranOn;
+  std::thread worker([&] {
+    context->performAndWait([&] {
+      ranOn = std::this_thread::get_id();
+      makeTask(*context, "From a worker");
+    });
+    loop.stop();
+  });
+  loop.run();
+  worker.join();
+  EXPECT_EQ(ranOn, std::this_thread::get_id());
+  EXPECT_EQ(context->insertedObjects().size(), 1u);
 }
 
 }  // namespace

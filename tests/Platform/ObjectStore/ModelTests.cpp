@@ -54,13 +54,6 @@ TEST(ManagedObjectModel, LoadsEntitiesWithInheritedPropertiesAndRelationships) {
   EXPECT_EQ(entities.at("Client")->relationship("projects")->deleteRule(), DeleteRule::denyDeleteRule);
 }
 
-TEST(ManagedObjectModel, AttributeTypesKeepThePlatformRawValues) {
-  EXPECT_EQ(rawValue(AttributeType::doubleAttributeType), 500);
-  EXPECT_EQ(rawValue(AttributeType::integer64AttributeType), 300);
-  EXPECT_EQ(fromRawValue<AttributeType>(800), AttributeType::booleanAttributeType);
-  EXPECT_EQ(fromRawValue<AttributeType>(501), std::nullopt);
-}
-
 TEST(ManagedObjectModel, MissingAndUnreadableModelsAreDistinctErrors) {
   EXPECT_EQ(loadFailure("NoSuchModel"), StoreErrorCode::fileReadNoSuchFile);
   EXPECT_EQ(loadFailure("Truncated"), StoreErrorCode::fileReadCorruptFile);

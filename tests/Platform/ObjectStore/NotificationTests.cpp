@@ -1,7 +1,7 @@
+// The change notifications a context posts when it saves.
 #include <gtest/gtest.h>
 
 #include "Platform/ObjectStore/ContextNotifications.h"
-#include "Platform/ObjectStore/StoreError.h"
 #include "tests/Platform/ObjectStore/StoreTestSupport.h"
 
 namespace kestrona {
@@ -25,26 +25,21 @@ TEST(ContextNotifications, WillSaveSeesThePendingStateAndDidSaveCarriesTheSavedO
   auto added = makeTask(*store.context, "Added");
 
   // What an observer of will-save can read, as it reads it.
-  std::size_t inserted = 0;
-  std::size_t updated = 0;
-  std::size_t deleted = 0;
+  std::vector<std::size_t> pending;
   std::map<std::string, Value> changes;
   auto willSave = NotificationCenter::defaultCenter().addObserver(
       std::string(NSManagedObjectContextWillSaveNotification), store.context.get(),
       [&](const Notification& notification) {
         EXPECT_TRUE(notification.userInfo.empty());
         auto* context = static_cast<const ManagedObjectContext*>(notification.object);
-        inserted = context->insertedObjects().size();
-        updated = context->updatedObjects().size();
-        deleted = context->deletedObjects().size();
+        pending = {context->insertedObjects().size(), context->updatedObjects().size(),
+                   context->deletedObjects().size()};
         changes = kept->changedValues();
       });
   NotificationRecorder didSave(NSManagedObjectContextDidSaveNotification, store.context.get());
   store.context->save();
 
-  EXPECT_EQ(inserted, 1u);
-  EXPECT_EQ(updated, 1u);
-  EXPECT_EQ(deleted, 1u);
+  EXPECT_EQ(pending, (std::vector<std::size_t>{1, 1, 1}));
   EXPECT_EQ(changes, (std::map<std::string, Value>{{"name", Value("Renamed")}}));
 
   auto posted = didSave.notifications();

@@ -59,6 +59,33 @@ std::shared_ptr<ManagedObjectContext> TestStore::newContext() const {
   return made;
 }
 
+std::shared_ptr<ManagedObject> TestStore::stored(const ManagedObjectID& id) const {
+  return newContext()->existingObjectWithID(id);
+}
+
+void TwoContexts::SetUp() {
+  auto task = makeTask(*store.context, "Original");
+  task->setValue(1, "order");
+  store.context->save();
+  mine = store.newContext();
+  theirs = store.newContext();
+  ours = mine->existingObjectWithID(task->objectID());
+  other = theirs->existingObjectWithID(task->objectID());
+}
+
+std::vector<MergeConflict> saveConflicts(ManagedObjectContext& context) {
+  try {
+    context.save();
+  } catch (const StoreError& error) {
+    EXPECT_EQ(error.kind(), StoreErrorCode::managedObjectMerge);
+    auto conflicts = error.userInfoObject<std::vector<MergeConflict>>(StoreError::kSaveConflictsKey);
+    EXPECT_NE(conflicts, nullptr);
+    return conflicts ? *conflicts : std::vector<MergeConflict>();
+  }
+  ADD_FAILURE() << "the save went through";
+  return {};
+}
+
 std::shared_ptr<ManagedObject> makeTask(ManagedObjectContext& context, const std::string& name, bool archived) {
   auto task = context.insertNewObject("Task");
   task->setValue(name, "name");

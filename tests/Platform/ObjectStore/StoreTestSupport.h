@@ -1,22 +1,23 @@
-// A store on the test model "Tracker" in a temporary directory, with one
-// private-queue context, and helpers to fill it.
+// The store's tests: a store on a test model in a temporary directory, the
+// two-context setup of conflicts and merges, and helpers to fill a store,
+// read its file and catch its errors.
 #pragma once
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <functional>
-#include <ostream>
 #include <memory>
 #include <mutex>
+#include <ostream>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "Platform/Notifications/NotificationCenter.h"
 #include "Platform/ObjectStore/ManagedObjectContext.h"
-#include "Platform/ObjectStore/ManagedObjectModel.h"
-#include "Platform/ObjectStore/PersistentStoreCoordinator.h"
+#include "Platform/ObjectStore/MergeConflict.h"
+#include "Platform/ObjectStore/StoreError.h"
 #include "Platform/ObjectStore/ValueTransformer.h"
 #include "Platform/RunLoop/MainLoop.h"
 #include "tests/support/TemporaryDirectory.h"
@@ -48,6 +49,8 @@ class TestStore {
   // Drops the coordinator and the context and opens the same file again.
   void reopen(const std::string& modelName = "");
   std::shared_ptr<ManagedObjectContext> newContext() const;
+  // The object as a fresh context reads it from the file now.
+  std::shared_ptr<ManagedObject> stored(const ManagedObjectID& id) const;
 
   std::filesystem::path storeURL() const { return directory.path() / "Store.sqlite"; }
 
@@ -57,10 +60,41 @@ class TestStore {
   std::shared_ptr<ManagedObjectContext> context;
 };
 
+// Two contexts, mine and theirs, that have each read one saved task: name
+// "Original", order 1. The setup of every conflict and merge.
+class TwoContexts : public ::testing::Test {
+ protected:
+  void SetUp() override;
+  const ManagedObjectID& id() const { return ours->objectID(); }
+
+  TestStore store;
+  std::shared_ptr<ManagedObjectContext> mine;
+  std::shared_ptr<ManagedObjectContext> theirs;
+  std::shared_ptr<ManagedObject> ours;
+  std::shared_ptr<ManagedObject> other;
+};
+
 std::shared_ptr<ManagedObject> makeTask(ManagedObjectContext& context, const std::string& name,
                                         bool archived = false);
 std::shared_ptr<ManagedObject> makeSession(ManagedObjectContext& context, const std::shared_ptr<ManagedObject>& task,
                                            double begin, std::optional<double> end, double duration);
+
+// The kind of the StoreError that work throws; no throw fails the test.
+template <typename Work>
+StoreErrorCode failureOf(Work&& work) {
+  try {
+    work();
+  } catch (const StoreError& error) {
+    EXPECT_EQ(error.domain(), "NSCocoaErrorDomain");
+    return error.kind();
+  }
+  ADD_FAILURE() << "no StoreError was thrown";
+  return StoreErrorCode::persistentStoreOperation;
+}
+
+// The records of a save of context that fails with a conflict (133020);
+// a save that goes through fails the test.
+std::vector<MergeConflict> saveConflicts(ManagedObjectContext& context);
 
 // The rows of SQL run on a connection of the test's own to a store file
 // (it sees committed data only), each column as stored; and a statement run
