@@ -14,7 +14,7 @@ std::shared_ptr<PersistentStoreCoordinator> coordinatorOf(const std::string& mod
   return PersistentStoreCoordinator::make(ManagedObjectModel::loadNamed(model, testing::modelDirectory()));
 }
 
-StoreErrorCode openFailure(const std::filesystem::path& url, const std::string& model,
+std::optional<StoreErrorCode> openFailure(const std::filesystem::path& url, const std::string& model,
                            PersistentStoreOptions options = {}) {
   auto coordinator = coordinatorOf(model);
   auto kind = testing::failureOf([&] { coordinator->addPersistentStore(url, options); });

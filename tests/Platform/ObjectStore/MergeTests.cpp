@@ -7,6 +7,7 @@
 #include "Platform/ObjectStore/ContextNotifications.h"
 #include "Platform/RunLoop/MainLoop.h"
 #include "tests/Platform/ObjectStore/StoreTestSupport.h"
+#include "tests/support/RunLoopDriving.h"
 
 namespace kestrona {
 namespace {
@@ -66,7 +67,7 @@ TEST(AutomaticMerge, APrivateSaveReachesTheMainContextOnItsLoop) {
     inserted = task->objectID();
   });
   EXPECT_TRUE(heard.empty()) << "the merge runs on the main loop, not on the writer's thread";
-  ASSERT_TRUE(testing::runLoopUntil(loop, [&] { return merged.count() == 1; }));
+  testing::runUntil(loop, [&] { return merged.count() == 1; });
 
   std::map<std::string, std::string> heardChanges;
   for (const auto& change : heard) heardChanges[change.oldValue->description()] = change.newValue->description();

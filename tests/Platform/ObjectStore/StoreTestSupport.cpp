@@ -2,9 +2,6 @@
 
 #include <sqlite3.h>
 
-#include <chrono>
-#include <thread>
-
 #include "Platform/RunLoop/MainLoop.h"
 
 namespace kestrona::testing {
@@ -144,15 +141,6 @@ void executeOnStoreFile(const std::filesystem::path& file, const std::string& sq
   }
   sqlite3_free(message);
   sqlite3_close(database);
-}
-
-bool runLoopUntil(MainLoop& loop, const std::function<bool()>& condition) {
-  auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > deadline) return false;
-    if (loop.poll() == 0) std::this_thread::yield();
-  }
-  return true;
 }
 
 NotificationRecorder::NotificationRecorder(std::string_view name, const ManagedObjectContext* context)

@@ -9,7 +9,9 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <ostream>
+#include <source_location>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,6 +22,7 @@
 #include "Platform/ObjectStore/StoreError.h"
 #include "Platform/ObjectStore/ValueTransformer.h"
 #include "Platform/RunLoop/MainLoop.h"
+#include "tests/support/ExpectThrow.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace kestrona {
@@ -79,17 +82,12 @@ std::shared_ptr<ManagedObject> makeTask(ManagedObjectContext& context, const std
 std::shared_ptr<ManagedObject> makeSession(ManagedObjectContext& context, const std::shared_ptr<ManagedObject>& task,
                                            double begin, std::optional<double> end, double duration);
 
-// The kind of the StoreError that work throws; no throw fails the test.
+// The kind of the StoreError that work throws; anything else fails the
+// test at the caller's line (see thrownBy).
 template <typename Work>
-StoreErrorCode failureOf(Work&& work) {
-  try {
-    work();
-  } catch (const StoreError& error) {
-    EXPECT_EQ(error.domain(), "NSCocoaErrorDomain");
-    return error.kind();
-  }
-  ADD_FAILURE() << "no StoreError was thrown";
-  return StoreErrorCode::persistentStoreOperation;
+std::optional<StoreErrorCode> failureOf(Work&& work, std::source_location where = std::source_location::current()) {
+  auto error = thrownBy<StoreError>(std::forward<Work>(work), where);
+  return error ? std::optional(error->kind()) : std::nullopt;
 }
 
 // The records of a save of context that fails with a conflict (133020);
@@ -101,11 +99,6 @@ std::vector<MergeConflict> saveConflicts(ManagedObjectContext& context);
 // there, to age or damage a file. A failure fails the test.
 std::vector<std::vector<Value>> storeFileRows(const std::filesystem::path& file, const std::string& sql);
 void executeOnStoreFile(const std::filesystem::path& file, const std::string& sql);
-
-// Runs loop's ready work until condition holds or a generous deadline has
-// passed; returns whether the condition holds. Nothing is timed: the
-// deadline only keeps a broken test from hanging.
-bool runLoopUntil(MainLoop& loop, const std::function<bool()>& condition);
 
 // The value of type T under key in a notification's user info; a missing
 // key or another type fails the test and gives an empty T.

@@ -3,18 +3,15 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include "tests/support/ExpectThrow.h"
+
 namespace kestrona {
 namespace {
 
 // Why unarchiving data as className fails; a success fails the test.
-KeyedArchiveError::Code failureOf(std::string_view className, const PropertyValue::Data& data) {
-  try {
-    auto object = KeyedArchive::unarchivedObject(className, data);
-    ADD_FAILURE() << "unarchived " << (object ? "a value" : "nothing");
-  } catch (const KeyedArchiveError& error) {
-    return error.kind();
-  }
-  return KeyedArchiveError::Code::damaged;
+std::optional<KeyedArchiveError::Code> failureOf(std::string_view className, const PropertyValue::Data& data) {
+  auto error = testing::thrownBy<KeyedArchiveError>([&] { auto object = KeyedArchive::unarchivedObject(className, data); });
+  return error ? std::optional(error->kind()) : std::nullopt;
 }
 
 TEST(KeyedArchiveTest, ValuesAndNothingRoundTrip) {

@@ -9,9 +9,9 @@
 #include <thread>
 #include <vector>
 
-#include "Platform/Logging/LogHandler.h"
-#include "Platform/Logging/LoggingSystem.h"
 #include "tests/support/ChildTestProcess.h"
+#include "tests/support/ExpectThrow.h"
+#include "tests/support/RecordingLogHandler.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace kestrona {
@@ -22,63 +22,27 @@ using testing::TemporaryDirectory;
 using testing::readFile;
 using testing::writeFile;
 
-// Keeps every error the user defaults log, so that tests can see a damaged
-// file being reported.
 // Why synchronize() wrote nothing; a synchronize that wrote fails the test.
 UserDefaultsErrorCode synchronizeFailure(UserDefaults& defaults) {
-  try {
-    defaults.synchronize();
-  } catch (const UserDefaultsError& error) {
-    EXPECT_NE(error.userInfoValue<std::string>(UserDefaultsError::kFilePathKey), nullptr);
-    return error.kind();
-  }
-  ADD_FAILURE() << "synchronize() wrote";
-  return UserDefaultsErrorCode::noDirectory;
+  auto error = testing::thrownBy<UserDefaultsError>([&] { defaults.synchronize(); });
+  if (!error) return UserDefaultsErrorCode::noDirectory;
+  EXPECT_NE(error->userInfoValue<std::string>(UserDefaultsError::kFilePathKey), nullptr);
+  return error->kind();
 }
 
-class RecordingHandler final : public LogHandler {
- public:
-  struct Entry {
-    std::string message;
-    Logger::Metadata metadata;
-  };
-
-  void log(const LogRecord& record) noexcept override {
-    std::lock_guard lock(mutex_);
-    if (record.label == "UserDefaults") entries_.push_back({std::string(record.message), record.metadata});
-  }
-
-  std::vector<Entry> take() {
-    std::lock_guard lock(mutex_);
-    return std::exchange(entries_, {});
-  }
-
- private:
-  std::mutex mutex_;
-  std::vector<Entry> entries_;
-};
-
-RecordingHandler& recordingHandler() {
-  static auto* handler = new RecordingHandler;
-  return *handler;
+// What the user defaults logged since the last call, so that tests can see
+// a damaged file being reported.
+std::vector<testing::LoggedRecord> userDefaultsLog() {
+  auto records = testing::RecordingLogHandler::bootstrapped().take();
+  std::erase_if(records, [](const testing::LoggedRecord& record) { return record.label != "UserDefaults"; });
+  return records;
 }
-
-class RecordingLogEnvironment final : public ::testing::Environment {
- public:
-  void SetUp() override {
-    LoggingSystem::bootstrap([](const std::string&) {
-      return std::shared_ptr<LogHandler>(&recordingHandler(), [](LogHandler*) {});
-    });
-  }
-};
-
-[[maybe_unused]] auto* const kLogEnvironment = ::testing::AddGlobalTestEnvironment(new RecordingLogEnvironment);
 
 class UserDefaultsTest : public ::testing::Test {
  protected:
   void SetUp() override {
     environment_.set("XDG_CONFIG_HOME", home_.path().string());
-    recordingHandler().take();
+    userDefaultsLog();
   }
 
   std::filesystem::path directory() const { return home_.path() / "kestrona"; }
@@ -170,7 +134,7 @@ TEST_F(UserDefaultsTest, TextThatIsNotUTF8DoesNotKeepOtherChangesFromTheFile) {
   writer->set(1, std::string("bad key \xC3"));
   writer->set(7, "good");
   EXPECT_NO_THROW(writer->synchronize());
-  EXPECT_FALSE(recordingHandler().take().empty());
+  EXPECT_FALSE(userDefaultsLog().empty());
 
   const auto reader = fresh();
   EXPECT_EQ(reader->integerForKey("good"), 7);
@@ -215,7 +179,7 @@ TEST_F(UserDefaultsTest, AFailedWriteKeepsTheChangesForTheNextSynchronize) {
   // The file cannot even be read there, so it is not replaced.
   EXPECT_EQ(synchronizeFailure(*defaults), UserDefaultsErrorCode::fileNotReplaceable);
   EXPECT_EQ(defaults->integerForKey("kept"), 7);
-  EXPECT_FALSE(recordingHandler().take().empty());
+  EXPECT_FALSE(userDefaultsLog().empty());
 
   std::filesystem::remove(directory());
   EXPECT_NO_THROW(defaults->synchronize());
@@ -271,7 +235,7 @@ TEST_F(DamagedUserDefaultsTest, DamagedFilesAreKeptAsideAndReadAsEmpty) {
     EXPECT_FALSE(std::filesystem::exists(file())) << text;
     EXPECT_EQ(readFile(kept(number)), text);
 
-    const std::vector<RecordingHandler::Entry> logged = recordingHandler().take();
+    const auto logged = userDefaultsLog();
     ASSERT_EQ(logged.size(), 1u) << text;
     const auto keptAs = logged[0].metadata.find("keptAs");
     ASSERT_NE(keptAs, logged[0].metadata.end());
@@ -308,7 +272,7 @@ TEST_F(DamagedUserDefaultsTest, AFileThatCannotBeReadIsNeverReplaced) {
   EXPECT_EQ(synchronizeFailure(*defaults), UserDefaultsErrorCode::fileNotReplaceable);
   EXPECT_EQ(readFile(file() / "precious"), "kept");
   EXPECT_FALSE(std::filesystem::exists(kept(1)));
-  EXPECT_GE(recordingHandler().take().size(), 2u);
+  EXPECT_GE(userDefaultsLog().size(), 2u);
 }
 
 TEST_F(UserDefaultsTest, SharedInstancesFollowDomainAndDirectory) {
